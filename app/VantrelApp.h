@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QApplication>
+#include <QString>
+
+class AppMainWin;
+class AppSettingsManager;
+class AppVantrelSerial;
+
+/**
+ * The application object. It creates and owns the program's long-lived objects, and it is the one way to
+ * reach them: see vantrelApp().
+ */
+class VantrelApp : public QApplication
+{
+public:
+    /**
+     * Creates the settings store, the camera link and the main window, in this order, and shows the window.
+     * The window tries to connect to the camera while it is being built, so a port that cannot be opened
+     * shows its error box before the window appears.
+     *
+     * @param argc the argument count of main()
+     * @param argv the arguments of main(); Qt takes its own options out of them
+     */
+    VantrelApp(int argc, char** argv);
+
+    /** Deletes the main window, the settings store and the camera link, in this order. */
+    ~VantrelApp() override;
+
+    /**
+     * Shows a message in a modal box titled "Vantrel" and returns when the user has dismissed it. The event
+     * loop runs meanwhile, so the camera's replies are still read and logged.
+     *
+     * @param message the text, shown unchanged; it may be empty
+     */
+    void showMessage(QString message);
+
+    AppMainWin* mainWin = nullptr;
+    AppSettingsManager* settingsManager = nullptr;
+    AppVantrelSerial* serial = nullptr;
+};
+
+/** The one application object of the process; valid from its construction to its destruction. */
+inline VantrelApp* vantrelApp()
+{
+    return static_cast<VantrelApp*>(QCoreApplication::instance());
+}

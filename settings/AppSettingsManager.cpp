@@ -1,0 +1,221 @@
+#include "settings/AppSettingsManager.h"
+
+#include <QCoreApplication>
+#include <QDebug>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QSettings>
+#include <QStandardPaths>
+
+namespace {
+
+constexpr QLatin1String SettingsFileName("setting.ini");
+constexpr QLatin1String LogFileName("app.log");
+
+constexpr QLatin1String ComPortKey("comport");
+constexpr QLatin1String BaudRateKey("baudrate");
+constexpr QLatin1String PanSpeedKey("panspeed");
+constexpr QLatin1String TiltSpeedKey("tiltspeed");
+constexpr QLatin1String ZoomSpeedKey("zoomspeed");
+constexpr QLatin1String InvertPanKey("invertpan");
+constexpr QLatin1String InvertTiltKey("inverttilt");
+constexpr QLatin1String StartUpPresetKey("startuppreset");
+constexpr QLatin1String IsStartUpPresetKey("isstartuppreset");
+constexpr QLatin1String RunOnStartUpKey("runonstartup");
+constexpr QLatin1String RunAsAdminKey("runasadmin");
+
+constexpr int DefaultBaudRate = 9600;
+constexpr int DefaultSpeed = 5;
+constexpr int DefaultStartUpPreset = 1;
+
+// The option and the script travel in one argument, and the delete script has no blank before the name;
+// osascript is given exactly this.
+constexpr QLatin1String LoginItemTool("osascript");
+constexpr QLatin1String AddLoginItemBegin(
+    "-e tell application \"System Events\" to make login item at end with properties {path:\"");
+constexpr QLatin1String AddLoginItemEnd("\", hidden:false}");
+constexpr QLatin1String DeleteLoginItemBegin("-e tell application \"System Events\" to delete login item\"");
+constexpr QLatin1String DeleteLoginItemEnd("\"");
+
+QString presetNameKey(const QString& port, int preset)
+{
+    return port + '_' + QString::number(preset);
+}
+
+} // namespace
+
+AppSettingsManager::AppSettingsManager()
+    : settings(new QSettings(getDefaultPath() + SettingsFileName, QSettings::IniFormat))
+{
+    qDebug() << getDefaultPath();
+}
+
+AppSettingsManager::~AppSettingsManager()
+{
+    delete settings;
+}
+
+QString AppSettingsManager::getDefaultPath()
+{
+    return QDir::toNativeSeparators(QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) + '/');
+}
+
+QString AppSettingsManager::getApplicationPath()
+{
+    return QDir::toNativeSeparators(QCoreApplication::applicationFilePath() + '/');
+}
+
+QString AppSettingsManager::getCOMPort()
+{
+    return settings->value(ComPortKey, FallbackPort).toString();
+}
+
+void AppSettingsManager::setCOMPort(QString port)
+{
+    settings->setValue(ComPortKey, port);
+}
+
+int AppSettingsManager::getBaudRate()
+{
+    return settings->value(BaudRateKey, DefaultBaudRate).toInt();
+}
+
+void AppSettingsManager::setBaudRate(int baudRate)
+{
+    settings->setValue(BaudRateKey, baudRate);
+}
+
+int AppSettingsManager::getPanSpeed()
+{
+    return settings->value(PanSpeedKey, DefaultSpeed).toInt();
+}
+
+void AppSettingsManager::setPanSpeed(int speed)
+{
+    settings->setValue(PanSpeedKey, speed);
+}
+
+int AppSettingsManager::getTiltSpeed()
+{
+    return settings->value(TiltSpeedKey, DefaultSpeed).toInt();
+}
+
+void AppSettingsManager::setTiltSpeed(int speed)
+{
+    settings->setValue(TiltSpeedKey, speed);
+}
+
+int AppSettingsManager::getZoomSpeed()
+{
+    return settings->value(ZoomSpeedKey, DefaultSpeed).toInt();
+}
+
+void AppSettingsManager::setZoomSpeed(int speed)
+{
+    settings->setValue(ZoomSpeedKey, speed);
+}
+
+bool AppSettingsManager::getInvertPan()
+{
+    return settings->value(InvertPanKey, false).toBool();
+}
+
+void AppSettingsManager::setInvertPan(bool invert)
+{
+    settings->setValue(InvertPanKey, invert);
+}
+
+bool AppSettingsManager::getInvertTilt()
+{
+    return settings->value(InvertTiltKey, false).toBool();
+}
+
+void AppSettingsManager::setInvertTilt(bool invert)
+{
+    settings->setValue(InvertTiltKey, invert);
+}
+
+int AppSettingsManager::getStartUpPreset()
+{
+    return settings->value(StartUpPresetKey, DefaultStartUpPreset).toInt();
+}
+
+void AppSettingsManager::setStartUpPreset(int preset)
+{
+    settings->setValue(StartUpPresetKey, preset);
+}
+
+bool AppSettingsManager::getIsStartUpPreset()
+{
+    return settings->value(IsStartUpPresetKey, false).toBool();
+}
+
+void AppSettingsManager::setIsStartUpPreset(bool enabled)
+{
+    settings->setValue(IsStartUpPresetKey, enabled);
+}
+
+bool AppSettingsManager::getRunOnStartUp()
+{
+    return settings->value(RunOnStartUpKey, false).toBool();
+}
+
+void AppSettingsManager::setRunOnStartUp(bool enabled)
+{
+    settings->setValue(RunOnStartUpKey, enabled);
+
+    const QString script = enabled ? AddLoginItemBegin + macOSXAppBundlePath() + AddLoginItemEnd
+                                   : DeleteLoginItemBegin + macOSXAppBundleName() + DeleteLoginItemEnd;
+    QProcess::execute(LoginItemTool, {script});
+}
+
+bool AppSettingsManager::getRunAsAdmin()
+{
+    return settings->value(RunAsAdminKey, false).toBool();
+}
+
+void AppSettingsManager::setRunAsAdmin(bool enabled)
+{
+    settings->setValue(RunAsAdminKey, enabled);
+}
+
+QString AppSettingsManager::getPresetName(int preset)
+{
+    return settings->value(presetNameKey(getCOMPort(), preset), "Preset" + QString::number(preset))
+        .toString();
+}
+
+void AppSettingsManager::setPresetName(int preset, QString name)
+{
+    settings->setValue(presetNameKey(getCOMPort(), preset), name);
+}
+
+QString AppSettingsManager::macOSXAppBundleName()
+{
+    return QFileInfo(macOSXAppBundlePath()).baseName();
+}
+
+QString AppSettingsManager::macOSXAppBundlePath()
+{
+    QDir folder(QCoreApplication::applicationDirPath());
+    folder.cdUp();
+    folder.cdUp();
+
+    QString path = folder.absolutePath();
+    if (path.endsWith('/'))
+        path.chop(1);
+    return path;
+}
+
+void AppSettingsManager::log(QString message)
+{
+    QFile file(getDefaultPath() + LogFileName);
+    if (!file.open(QIODevice::Append))
+        return;
+
+    file.write((message + '\n').toUtf8());
+    file.flush();
+    file.close();
+}
