@@ -1,9 +1,11 @@
 #include "app/VantrelApp.h"
 
+#include "app/AppQuitSignals.h"
 #include "camera/AppVantrelSerial.h"
 #include "settings/AppSettingsManager.h"
 #include "ui/AppMainWin.h"
 
+#include <QIcon>
 #include <QMessageBox>
 
 namespace {
@@ -16,6 +18,12 @@ int argumentCount = 0;
 VantrelApp::VantrelApp(int argc, char** argv)
     : QApplication(argumentCount = argc, argv)
 {
+    QIcon icon;
+    for (const char* size : {"16", "24", "32", "48", "64", "128"})
+        icon.addFile(QString(":/icon/") + size);
+    setWindowIcon(icon);
+    new AppQuitSignals(this);
+
     settingsManager = new AppSettingsManager();
     serial = new AppVantrelSerial();
     mainWin = new AppMainWin(nullptr);

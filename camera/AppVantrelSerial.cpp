@@ -108,7 +108,7 @@ QString AppVantrelSerial::getCOMPortWhenAuto()
     if (adapter == ports.end())
         return FallbackPort;
 
-    const QString name = adapter->portName();
+    QString name = adapter->portName();
     vantrelApp()->settingsManager->log(name);
     return name;
 }

@@ -1,5 +1,7 @@
 #include "settings/AppSettingsManager.h"
 
+#include "settings/AppLoginEntry.h"
+
 #include <QCoreApplication>
 #include <QDebug>
 #include <QDir>
@@ -11,20 +13,20 @@
 
 namespace {
 
-constexpr QLatin1String SettingsFileName("setting.ini");
-constexpr QLatin1String LogFileName("app.log");
+constexpr char SettingsFileName[] = "setting.ini";
+constexpr char LogFileName[] = "app.log";
 
-constexpr QLatin1String ComPortKey("comport");
-constexpr QLatin1String BaudRateKey("baudrate");
-constexpr QLatin1String PanSpeedKey("panspeed");
-constexpr QLatin1String TiltSpeedKey("tiltspeed");
-constexpr QLatin1String ZoomSpeedKey("zoomspeed");
-constexpr QLatin1String InvertPanKey("invertpan");
-constexpr QLatin1String InvertTiltKey("inverttilt");
-constexpr QLatin1String StartUpPresetKey("startuppreset");
-constexpr QLatin1String IsStartUpPresetKey("isstartuppreset");
-constexpr QLatin1String RunOnStartUpKey("runonstartup");
-constexpr QLatin1String RunAsAdminKey("runasadmin");
+constexpr char ComPortKey[] = "comport";
+constexpr char BaudRateKey[] = "baudrate";
+constexpr char PanSpeedKey[] = "panspeed";
+constexpr char TiltSpeedKey[] = "tiltspeed";
+constexpr char ZoomSpeedKey[] = "zoomspeed";
+constexpr char InvertPanKey[] = "invertpan";
+constexpr char InvertTiltKey[] = "inverttilt";
+constexpr char StartUpPresetKey[] = "startuppreset";
+constexpr char IsStartUpPresetKey[] = "isstartuppreset";
+constexpr char RunOnStartUpKey[] = "runonstartup";
+constexpr char RunAsAdminKey[] = "runasadmin";
 
 constexpr int DefaultBaudRate = 9600;
 constexpr int DefaultSpeed = 5;
@@ -32,12 +34,12 @@ constexpr int DefaultStartUpPreset = 1;
 
 // The option and the script travel in one argument, and the delete script has no blank before the name;
 // osascript is given exactly this.
-constexpr QLatin1String LoginItemTool("osascript");
-constexpr QLatin1String AddLoginItemBegin(
-    "-e tell application \"System Events\" to make login item at end with properties {path:\"");
-constexpr QLatin1String AddLoginItemEnd("\", hidden:false}");
-constexpr QLatin1String DeleteLoginItemBegin("-e tell application \"System Events\" to delete login item\"");
-constexpr QLatin1String DeleteLoginItemEnd("\"");
+constexpr char LoginItemTool[] = "osascript";
+constexpr char AddLoginItemBegin[] =
+    "-e tell application \"System Events\" to make login item at end with properties {path:\"";
+constexpr char AddLoginItemEnd[] = "\", hidden:false}";
+constexpr char DeleteLoginItemBegin[] = "-e tell application \"System Events\" to delete login item\"";
+constexpr char DeleteLoginItemEnd[] = "\"";
 
 QString presetNameKey(const QString& port, int preset)
 {
@@ -169,6 +171,9 @@ void AppSettingsManager::setRunOnStartUp(bool enabled)
     const QString script = enabled ? AddLoginItemBegin + macOSXAppBundlePath() + AddLoginItemEnd
                                    : DeleteLoginItemBegin + macOSXAppBundleName() + DeleteLoginItemEnd;
     QProcess::execute(LoginItemTool, {script});
+#ifdef Q_OS_LINUX
+    setLoginEntry(enabled);
+#endif
 }
 
 bool AppSettingsManager::getRunAsAdmin()

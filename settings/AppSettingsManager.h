@@ -6,10 +6,10 @@
 class QSettings;
 
 /** The port setting that stands for "find the camera's adapter by its USB identifiers". */
-constexpr QLatin1String AutoPort("AUTO");
+constexpr char AutoPort[] = "AUTO";
 
 /** The port used while none is stored, and when no adapter is found. */
-constexpr QLatin1String FallbackPort("COM1");
+constexpr char FallbackPort[] = "COM1";
 
 /**
  * The settings store: every setting that outlives the program, in the INI file "setting.ini"; also the
@@ -79,7 +79,8 @@ public:
 
     /**
      * Stores the choice, then adds the application bundle to the user's macOS login items or removes it, by
-     * one run of "osascript". Blocks until that has ended; whether it succeeded is not reported.
+     * one run of "osascript". Blocks until that has ended; whether it succeeded is not reported. On Linux it
+     * also writes or removes the desktop's start entry, see setLoginEntry().
      */
     void setRunOnStartUp(bool enabled);
 

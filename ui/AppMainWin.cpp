@@ -14,8 +14,8 @@ namespace {
 constexpr int FirstPreset = 1;
 constexpr int LastPreset = 64;
 
-constexpr QLatin1String ConnectText("Connect");
-constexpr QLatin1String DisconnectText("Disconnect");
+constexpr char ConnectText[] = "Connect";
+constexpr char DisconnectText[] = "Disconnect";
 
 } // namespace
 

@@ -12,7 +12,7 @@ namespace {
 constexpr int PresetCount = 64;
 constexpr int BaudRates[] = {1200, 2400, 4800, 9600, 19200, 38400, 57600, 115200};
 constexpr int FallbackBaudRate = 9600;
-constexpr QLatin1String BaudPrefix("Baud");
+constexpr char BaudPrefix[] = "Baud";
 
 QString baudText(int baudRate)
 {
@@ -147,7 +147,7 @@ void AppSettingWin::onBaudRateChanged(QString val)
     if (isLoading)
         return;
 
-    const int baudRate = val.mid(BaudPrefix.size()).toInt();
+    const int baudRate = val.midRef(static_cast<int>(qstrlen(BaudPrefix))).toInt();
     vantrelApp()->settingsManager->setBaudRate(baudRate == 0 ? FallbackBaudRate : baudRate);
 }
 

@@ -1,0 +1,49 @@
+#include "app/AppQuitSignals.h"
+
+#include <QCoreApplication>
+#include <QSocketNotifier>
+
+#include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int QuitSignals[] = {SIGINT, SIGTERM, SIGHUP};
+
+// A signal handler may do next to nothing: it puts a byte into this pipe, and the event loop does the rest.
+int pipeEnds[2] = {-1, -1};
+
+void requestQuit(int)
+{
+    const char byte = 0;
+    static_cast<void>(!write(pipeEnds[1], &byte, 1));
+}
+
+} // namespace
+
+AppQuitSignals::AppQuitSignals(QObject* parent)
+    : QObject(parent)
+{
+    if (pipe(pipeEnds) != 0)
+        return;
+    for (const int end : pipeEnds)
+        fcntl(end, F_SETFD, FD_CLOEXEC);
+
+    auto* notifier = new QSocketNotifier(pipeEnds[0], QSocketNotifier::Read, this);
+    connect(notifier, SIGNAL(activated(int)), QCoreApplication::instance(), SLOT(quit()));
+
+    struct sigaction action = {};
+    action.sa_handler = requestQuit;
+    action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
+    for (const int number : QuitSignals)
+        sigaction(number, &action, nullptr);
+}
+
+AppQuitSignals::~AppQuitSignals()
+{
+    for (const int number : QuitSignals)
+        std::signal(number, SIG_DFL);
+    for (const int end : pipeEnds)
+        close(end);
+}
