@@ -33,17 +33,25 @@ AppQuitSignals::AppQuitSignals(QObject* parent)
     auto* notifier = new QSocketNotifier(pipeEnds[0], QSocketNotifier::Read, this);
     connect(notifier, SIGNAL(activated(int)), QCoreApplication::instance(), SLOT(quit()));
 
-    struct sigaction action = {};
-    action.sa_handler = requestQuit;
-    action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
-    for (const int number : QuitSignals)
+    for (const int number : QuitSignals) {
+        struct sigaction action = {};
+        sigaction(number, nullptr, &action);
+        if (action.sa_handler == SIG_IGN)
+            continue;
+        action.sa_handler = requestQuit;
+        action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
         sigaction(number, &action, nullptr);
+    }
 }
 
 AppQuitSignals::~AppQuitSignals()
 {
-    for (const int number : QuitSignals)
-        std::signal(number, SIG_DFL);
+    for (const int number : QuitSignals) {
+        struct sigaction action = {};
+        sigaction(number, nullptr, &action);
+        if (action.sa_handler == requestQuit)
+            static_cast<void>(std::signal(number, SIG_DFL));
+    }
     for (const int end : pipeEnds)
         close(end);
 }

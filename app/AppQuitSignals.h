@@ -5,13 +5,17 @@
 /**
  * Turns the operating system's requests to end (SIGINT, SIGTERM and SIGHUP: Ctrl+C, a shutdown, a closed
  * terminal) into an ordinary quit, so that a moving camera is stopped and changed settings are written. The
- * second such signal ends the process at once. One object per process.
+ * same signal a second time ends the process at once. A signal that the process was started to ignore, as by
+ * nohup, stays ignored. One object per process.
  */
 class AppQuitSignals : public QObject
 {
     Q_OBJECT
 
 public:
+    /** Takes the signals over; where the system has no pipe left they keep ending the process at once. */
     explicit AppQuitSignals(QObject* parent);
+
+    /** Gives the signals back. */
     ~AppQuitSignals() override;
 };

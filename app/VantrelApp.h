@@ -35,8 +35,13 @@ public:
      */
     void showMessage(QString message);
 
+    /** The main window; null until it has been built. */
     AppMainWin* mainWin = nullptr;
+
+    /** The settings store and activity log. */
     AppSettingsManager* settingsManager = nullptr;
+
+    /** The link to the camera. */
     AppVantrelSerial* serial = nullptr;
 };
 

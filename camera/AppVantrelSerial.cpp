@@ -116,7 +116,10 @@ QString AppVantrelSerial::getCOMPortWhenAuto()
 void AppVantrelSerial::openSerialPort()
 {
     setupSerialPort();
-    if (!serialPort->open(QIODevice::ReadWrite))
+    isOpening = true;
+    const bool isOpened = serialPort->open(QIODevice::ReadWrite);
+    isOpening = false;
+    if (!isOpened)
         return;
 
     replyBuffer = new char[ReplyStorageSize];
@@ -145,9 +148,10 @@ void AppVantrelSerial::onErrorOccured(QSerialPort::SerialPortError err)
         return;
 
     const QString reason = serialPort->errorString();
-    const bool deviceLost = serialPort->isOpen() && (err == QSerialPort::ResourceError || isHungUp());
+    // A port that does not open is no device lost, whatever the error.
+    const bool deviceLost = !isOpening && (err == QSerialPort::ResourceError || isHungUp());
     // An open port on a hung-up line reports errors without end, also while the box below is open.
-    if (deviceLost)
+    if (deviceLost && serialPort->isOpen())
         serialPort->close();
 
     if (!errorsOnScreen.contains(reason)) {
@@ -167,7 +171,7 @@ bool AppVantrelSerial::isHungUp() const
     // Where the device of an open terminal is gone, the operating system refuses to tell the terminal's
     // attributes. Qt 5 looks at a stale errno there and may call the loss any error.
     termios attributes{};
-    return tcgetattr(serialPort->handle(), &attributes) == -1;
+    return serialPort->isOpen() && tcgetattr(serialPort->handle(), &attributes) == -1;
 }
 
 void AppVantrelSerial::moveUp()

@@ -22,6 +22,7 @@ class AppVantrelSerial : public QObject
     Q_OBJECT
 
 public:
+    /** A closed link. */
     AppVantrelSerial();
 
     /** Closes the port and emits onDeviceDisconnected(). Uses neither the settings store nor the log. */
@@ -36,9 +37,11 @@ public:
     /** Closes the port if it is open; emits onDeviceDisconnected() in any case. */
     void closeSerialPort();
 
+    /** Whether the port is open. */
     bool isConnected();
 
-    /** Applies the settings to the port. An open port keeps its name until it is opened again. */
+    /** Applies the settings to the port. An open port stays the device it is, but takes its baud rate at
+     * once. */
     void setupSerialPort();
 
     /**
@@ -49,9 +52,16 @@ public:
      */
     QString getCOMPortWhenAuto();
 
+    /** Tilts up until moveStop(), with the stored tilt speed. */
     void moveUp();
+
+    /** Tilts down until moveStop(), with the stored tilt speed. */
     void moveDown();
+
+    /** Pans left until moveStop(), with the stored pan speed. */
     void moveLeft();
+
+    /** Pans right until moveStop(), with the stored pan speed. */
     void moveRight();
 
     /** Stops panning and tilting. */
@@ -63,8 +73,13 @@ public:
      */
     void moveHome();
 
+    /** Zooms in until zoomStop(), with the stored zoom speed. */
     void zoomIn();
+
+    /** Zooms out until zoomStop(), with the stored zoom speed. */
     void zoomOut();
+
+    /** Stops zooming. */
     void zoomStop();
 
     /**
@@ -121,5 +136,7 @@ private:
     QSerialPort* serialPort;
     char* replyBuffer = nullptr;
     int replyIndex;
+    bool isOpening = false;
+    // The texts of the errors whose boxes the user has not dismissed yet.
     QStringList errorsOnScreen;
 };

@@ -28,7 +28,6 @@ constexpr char IsStartUpPresetKey[] = "isstartuppreset";
 constexpr char RunOnStartUpKey[] = "runonstartup";
 constexpr char RunAsAdminKey[] = "runasadmin";
 
-constexpr int DefaultBaudRate = 9600;
 constexpr int DefaultSpeed = 5;
 constexpr int DefaultStartUpPreset = 1;
 
@@ -47,6 +46,11 @@ QString presetNameKey(const QString& port, int preset)
 }
 
 } // namespace
+
+QString defaultPresetName(int preset)
+{
+    return "Preset" + QString::number(preset);
+}
 
 AppSettingsManager::AppSettingsManager()
     : settings(new QSettings(getDefaultPath() + SettingsFileName, QSettings::IniFormat))
@@ -188,8 +192,7 @@ void AppSettingsManager::setRunAsAdmin(bool enabled)
 
 QString AppSettingsManager::getPresetName(int preset)
 {
-    return settings->value(presetNameKey(getCOMPort(), preset), "Preset" + QString::number(preset))
-        .toString();
+    return settings->value(presetNameKey(getCOMPort(), preset), defaultPresetName(preset)).toString();
 }
 
 void AppSettingsManager::setPresetName(int preset, QString name)

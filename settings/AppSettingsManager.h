@@ -11,6 +11,18 @@ constexpr char AutoPort[] = "AUTO";
 /** The port used while none is stored, and when no adapter is found. */
 constexpr char FallbackPort[] = "COM1";
 
+/** The line's speed, in baud, while none is stored. */
+constexpr int DefaultBaudRate = 9600;
+
+/** The presets that a user can choose are counted from here ... */
+constexpr int FirstPreset = 1;
+
+/** ... to here. */
+constexpr int LastPreset = 64;
+
+/** The name of a preset that was given none: "Preset" and its number. */
+QString defaultPresetName(int preset);
+
 /**
  * The settings store: every setting that outlives the program, in the INI file "setting.ini"; also the
  * activity log "app.log" beside it, and the registration as a login item.
@@ -42,7 +54,7 @@ public:
     QString getCOMPort();
     void setCOMPort(QString port);
 
-    /** The line's speed in baud. Default 9600. */
+    /** The line's speed in baud. Default DefaultBaudRate. */
     int getBaudRate();
     void setBaudRate(int baudRate);
 
@@ -92,12 +104,12 @@ public:
      * The name of a preset. Names belong to the port setting in force: another port setting has other names.
      *
      * @param preset the preset's number, counted from 1
-     * @return the stored name, by default "Preset" and the number
+     * @return the stored name, by default defaultPresetName()
      */
     QString getPresetName(int preset);
     void setPresetName(int preset, QString name);
 
-    /** The bundle's name without its extension, e.g. "Vantrel" for Vantrel.app. */
+    /** The bundle's name up to its first dot, e.g. "Vantrel" for Vantrel.app. */
     QString macOSXAppBundleName();
 
     /** The folder two levels above the executable's own, which on macOS is the bundle. No trailing "/". */

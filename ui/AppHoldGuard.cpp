@@ -1,13 +1,28 @@
 #include "ui/AppHoldGuard.h"
 
 #include <QAbstractButton>
-#include <QEvent>
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
 
-AppHoldGuard::AppHoldGuard(QWidget* window, const QList<QAbstractButton*>& guardedButtons)
-    : buttons(guardedButtons)
+#include <utility>
+
+namespace {
+
+// The press of a repeating key follows its release at once; this much covers a busy machine.
+constexpr int KeyRepeatGapMs = 25;
+
+} // namespace
+
+AppHoldGuard::AppHoldGuard(QWidget* window)
+    : buttons(window->findChildren<QAbstractButton*>())
 {
+    keyReleaseTimer.setSingleShot(true);
+    keyReleaseTimer.setInterval(KeyRepeatGapMs);
+    connect(&keyReleaseTimer, SIGNAL(timeout()), this, SLOT(onKeyReleaseDue()));
+
     window->installEventFilter(this);
-    for (QAbstractButton* button : guardedButtons)
+    for (QAbstractButton* button : qAsConst(buttons))
         button->installEventFilter(this);
 }
 
@@ -25,18 +40,60 @@ bool AppHoldGuard::eventFilter(QObject* watched, QEvent* event)
     case QEvent::WindowDeactivate:
         releaseHeldButtons();
         break;
+    case QEvent::KeyPress:
+    case QEvent::KeyRelease:
+        if (auto* button = qobject_cast<QAbstractButton*>(watched))
+            return isKeyRepeat(button, static_cast<QKeyEvent*>(event));
+        break;
     default:
         break;
     }
     return QObject::eventFilter(watched, event);
 }
 
+bool AppHoldGuard::isKeyRepeat(QAbstractButton* button, const QKeyEvent* event)
+{
+    const bool isPress = event->type() == QEvent::KeyPress;
+    if (isPress && button == waitingButton && event->timestamp() == waitingSince) {
+        waitingButton = nullptr;
+        keyReleaseTimer.stop();
+        return true;
+    }
+    onKeyReleaseDue();
+
+    // Other platforms tell repeats from real releases by themselves; nothing there has to wait.
+    static const bool isX11 = QGuiApplication::platformName() == "xcb";
+    const bool isButtonKey = event->key() == Qt::Key_Space || event->key() == Qt::Key_Select;
+    if (!isX11 || isPress || event->isAutoRepeat() || !isButtonKey || !button->isDown())
+        return false;
+
+    waitingButton = button;
+    waitingSince = event->timestamp();
+    keyReleaseTimer.start();
+    return true;
+}
+
+void AppHoldGuard::onKeyReleaseDue()
+{
+    keyReleaseTimer.stop();
+    if (!waitingButton)
+        return;
+    // Straight to the button: it has passed the filter.
+    QKeyEvent release(QEvent::KeyRelease, Qt::Key_Space, Qt::NoModifier);
+    static_cast<QObject*>(std::exchange(waitingButton, nullptr))->event(&release);
+}
+
 void AppHoldGuard::releaseHeldButtons()
 {
+    onKeyReleaseDue();
     for (QAbstractButton* button : qAsConst(buttons)) {
         if (!button->isDown())
             continue;
-        button->setDown(false);
+        // A mouse button let go outside: otherwise the button would go down again when the mouse, still held,
+        // moves on it.
+        QMouseEvent letGo(QEvent::MouseButtonRelease, QPointF(-1, -1), Qt::LeftButton, Qt::NoButton,
+                          Qt::NoModifier);
+        QCoreApplication::sendEvent(button, &letGo);
         emit button->released();
     }
 }

@@ -2,36 +2,47 @@
 
 #include <QList>
 #include <QObject>
+#include <QTimer>
 
 class QAbstractButton;
+class QKeyEvent;
 class QWidget;
 
 /**
- * Ends the motion of a held button wherever Qt would leave the button down or let it up in silence, so that
- * the camera never runs on alone. QAbstractButton emits released() when the mouse button or key goes up and
- * when the pointer is dragged off; not when the focus leaves, when a modal box takes the input away, or when
- * its window goes.
+ * Sees to it that a button is held exactly as long as the user holds it, so that the camera neither runs on
+ * alone nor stutters. It covers what QAbstractButton leaves open:
+ *
+ *  - A button goes up in silence when the focus leaves and stays down when a modal box takes the input away
+ *    or its window goes. Here it emits released() in each case.
+ *  - On X11 a held key repeats as releases and presses, and Qt 5 often takes these for real ones. They carry
+ *    one time stamp; such a pair is dropped here.
  */
 class AppHoldGuard : public QObject
 {
     Q_OBJECT
 
 public:
-    /**
-     * @param window the buttons' window
-     * @param buttons the buttons whose released() ends a motion
-     */
-    AppHoldGuard(QWidget* window, const QList<QAbstractButton*>& buttons);
+    /** Guards all buttons that the window has now. */
+    explicit AppHoldGuard(QWidget* window);
 
     /** Releases what is still held. */
     ~AppHoldGuard() override;
 
+    /** Looks at the events of the window and its buttons before they do. */
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 public slots:
-    /** Makes every held button go up and emit released(); its later real release emits nothing. */
+    /** Makes every held button go up and emit released(); the end of that press then changes nothing more. */
     void releaseHeldButtons();
 
+private slots:
+    void onKeyReleaseDue();
+
 private:
+    bool isKeyRepeat(QAbstractButton* button, const QKeyEvent* event);
+
     QList<QAbstractButton*> buttons;
+    QAbstractButton* waitingButton = nullptr;
+    ulong waitingSince = 0;
+    QTimer keyReleaseTimer;
 };

@@ -11,9 +11,6 @@
 
 namespace {
 
-constexpr int FirstPreset = 1;
-constexpr int LastPreset = 64;
-
 constexpr char ConnectText[] = "Connect";
 constexpr char DisconnectText[] = "Disconnect";
 
@@ -33,8 +30,7 @@ AppMainWin::AppMainWin(QWidget* parent)
 
     setWindowFlags(Qt::Dialog | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
 
-    holdGuard = new AppHoldGuard(
-        this, {ui->upBtn, ui->leftBtn, ui->rightBtn, ui->zoomInBtn, ui->downBtn, ui->zoomOutBtn});
+    holdGuard = new AppHoldGuard(this);
     // Before the connect button's own slot: a motion's stop must be out before the port closes.
     connect(ui->connectBtn, SIGNAL(clicked(bool)), holdGuard, SLOT(releaseHeldButtons()));
 
@@ -274,7 +270,7 @@ std::optional<int> AppMainWin::enteredPreset() const
 void AppMainWin::savePresetName(int preset, QString name)
 {
     if (name.isEmpty())
-        name = "Preset" + QString::number(preset);
+        name = defaultPresetName(preset);
     vantrelApp()->settingsManager->setPresetName(preset, name);
 }
 

@@ -20,6 +20,8 @@ class AppMainWin : public QMainWindow
 public:
     /** Builds the window and tries to connect to the camera. */
     explicit AppMainWin(QWidget* parent);
+
+    /** Ends a motion that is still held, then deletes the window's parts. */
     ~AppMainWin() override;
 
     /**

@@ -9,9 +9,7 @@
 
 namespace {
 
-constexpr int PresetCount = 64;
 constexpr int BaudRates[] = {1200, 2400, 4800, 9600, 19200, 38400, 57600, 115200};
-constexpr int FallbackBaudRate = 9600;
 constexpr char BaudPrefix[] = "Baud";
 
 QString baudText(int baudRate)
@@ -35,7 +33,7 @@ AppSettingWin::AppSettingWin(QWidget* parent)
     adjustSize();
     setWindowFlags(Qt::Dialog | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
 
-    for (int preset = 1; preset <= PresetCount; ++preset)
+    for (int preset = FirstPreset; preset <= LastPreset; ++preset)
         ui->startUpPresetCombo->addItem("PRESET" + QString::number(preset));
     for (const int baudRate : BaudRates)
         ui->baudRateCombo->addItem(baudText(baudRate));
@@ -66,6 +64,7 @@ void AppSettingWin::loadSavedSettings()
 
     ui->runOnStartUpCheck->setChecked(settings->getRunOnStartUp());
     ui->startUpPresetCheck->setChecked(settings->getIsStartUpPreset());
+    // No entry stands for a number below the first; the smallest int has none below itself.
     ui->startUpPresetCombo->setCurrentIndex(qMax(0, settings->getStartUpPreset()) - 1);
     ui->startUpPresetCombo->setEnabled(ui->startUpPresetCheck->isChecked());
     ui->baudRateCombo->setCurrentText(baudText(settings->getBaudRate()));
@@ -148,7 +147,7 @@ void AppSettingWin::onBaudRateChanged(QString val)
         return;
 
     const int baudRate = val.midRef(static_cast<int>(qstrlen(BaudPrefix))).toInt();
-    vantrelApp()->settingsManager->setBaudRate(baudRate == 0 ? FallbackBaudRate : baudRate);
+    vantrelApp()->settingsManager->setBaudRate(baudRate == 0 ? DefaultBaudRate : baudRate);
 }
 
 void AppSettingWin::onInvertPanChecked()

@@ -15,6 +15,8 @@ class AppSettingWin : public QDialog
 public:
     /** Builds the window, hidden, with the stored settings in its widgets. Stores nothing. */
     explicit AppSettingWin(QWidget* parent);
+
+    /** Stores nothing more: every change was stored as it was made. */
     ~AppSettingWin() override;
 
     /** Copies the stored settings into the widgets; values out of a widget's range stay in the store. */
