@@ -1,0 +1,116 @@
+#include "Projection.h"
+
+#include <QtMath>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace {
+
+constexpr double widestField = 60;
+constexpr double highestMagnification = 20;
+
+// Directions nearly at right angles to the lens or more count as not in front of it.
+constexpr float smallestCosine = 0.05F;
+
+// Pixels that faces reach beyond the picture, so that their cut edges do not show.
+constexpr double bleed = 2;
+
+// QVector3D::dotProduct() is a call into Qt, which shows where it is made for every corner of every face.
+float dot(const QVector3D& one, const QVector3D& other)
+{
+    return one.x() * other.x() + one.y() * other.y() + one.z() * other.z();
+}
+
+// Keeps what lies on the inner side of a plane through the lens, whose normal points inwards.
+void cutOff(std::vector<QVector3D>& outline, const QVector3D& plane)
+{
+    const auto inside = [&plane](const QVector3D& point) { return dot(plane, point) >= 0; };
+    if (std::all_of(outline.begin(), outline.end(), inside))
+        return;
+
+    std::vector<QVector3D> rest;
+    rest.reserve(outline.size() + 1);
+    for (std::size_t index = 0; index < outline.size(); ++index) {
+        const QVector3D& from = outline[index];
+        const QVector3D& to = outline[(index + 1) % outline.size()];
+        const float fromDepth = dot(plane, from);
+        const float toDepth = dot(plane, to);
+        if (fromDepth >= 0)
+            rest.push_back(from);
+        if ((fromDepth >= 0) != (toDepth >= 0))
+            rest.push_back(from + fromDepth / (fromDepth - toDepth) * (to - from));
+    }
+    outline = std::move(rest);
+}
+
+} // namespace
+
+double Projection::magnification(double zoom)
+{
+    return std::pow(highestMagnification, zoom / ViscaCamera::zoomTele);
+}
+
+double Projection::fieldOfView(double zoom)
+{
+    return qRadiansToDegrees(2 *
+                             std::atan(std::tan(qDegreesToRadians(widestField / 2)) / magnification(zoom)));
+}
+
+QVector3D Projection::direction(double pan, double tilt)
+{
+    const double p = qDegreesToRadians(pan);
+    const double t = qDegreesToRadians(tilt);
+    return QVector3D(static_cast<float>(std::sin(p) * std::cos(t)), static_cast<float>(std::sin(t)),
+                     static_cast<float>(std::cos(p) * std::cos(t)));
+}
+
+Projection::Projection(const ViscaCamera::Position& position, const QSizeF& size)
+    : right(direction(position.pan + 90, 0))
+    , up(direction(position.pan, position.tilt + 90))
+    , ahead(direction(position.pan, position.tilt))
+    , focal(
+          static_cast<float>(size.width() / 2 / std::tan(qDegreesToRadians(fieldOfView(position.zoom) / 2))))
+    , middle(size.width() / 2, size.height() / 2)
+{
+    const float x = static_cast<float>(middle.x() + bleed);
+    const float y = static_cast<float>(middle.y() + bleed);
+    edges = {focal * right + x * ahead, -focal * right + x * ahead, focal * up + y * ahead,
+             -focal * up + y * ahead};
+    for (QVector3D& edge : edges)
+        edge.normalize();
+}
+
+std::optional<QPointF> Projection::pointAt(double pan, double tilt) const
+{
+    const QVector3D point = direction(pan, tilt);
+    if (dot(point, ahead) < smallestCosine)
+        return std::nullopt;
+    return project(point);
+}
+
+QPolygonF Projection::outlineOf(const std::vector<QVector3D>& corners) const
+{
+    std::vector<QVector3D> outline = corners;
+    for (const QVector3D& edge : edges)
+        cutOff(outline, edge);
+
+    QPolygonF polygon(static_cast<int>(outline.size()));
+    std::transform(outline.begin(), outline.end(), polygon.begin(),
+                   [this](const QVector3D& point) { return project(point); });
+    return polygon;
+}
+
+bool Projection::mayShow(const QVector3D& direction, float reach) const
+{
+    return std::all_of(edges.begin(), edges.end(),
+                       [&](const QVector3D& edge) { return dot(edge, direction) >= -reach; });
+}
+
+QPointF Projection::project(const QVector3D& point) const
+{
+    const float scale = focal / dot(point, ahead);
+    return middle + QPointF(static_cast<double>(dot(point, right) * scale),
+                            static_cast<double>(-dot(point, up) * scale));
+}

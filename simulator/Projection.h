@@ -1,0 +1,64 @@
+#pragma once
+
+#include "ViscaCamera.h"
+
+#include <QPointF>
+#include <QPolygonF>
+#include <QSizeF>
+#include <QVector3D>
+
+#include <array>
+#include <optional>
+#include <vector>
+
+/**
+ * The lens: where things in the world appear in the picture of a camera at some position.
+ *
+ * The camera stands at the origin, x to the right, y up and z ahead, in metres. The projection is
+ * rectilinear, as a real lens draws: straight edges stay straight. Directions are pan and tilt in degrees, as
+ * in ViscaCamera; the picture is in pixels with its origin at the upper left.
+ */
+class Projection
+{
+public:
+    /**
+     * The horizontal field of view in degrees at `zoom` (0 to 0x4000): 60 degrees wide, 3.3 degrees tele. The
+     * magnification of 1 to 20 grows exponentially with the position, as lenses of such cameras do, so a zoom
+     * at constant speed looks even.
+     */
+    static double fieldOfView(double zoom);
+
+    /** How many times larger things appear at `zoom` than at the wide end: 1 to 20. */
+    static double magnification(double zoom);
+
+    /** The unit vector that points to `pan` and `tilt`. */
+    static QVector3D direction(double pan, double tilt);
+
+    /** A picture of `size` whose whole width is the field of view. */
+    Projection(const ViscaCamera::Position& position, const QSizeF& size);
+
+    /** Where the direction appears, perhaps outside of the picture; nothing if it is beside or behind the
+     * camera. */
+    std::optional<QPointF> pointAt(double pan, double tilt) const;
+
+    /** The outline of a flat face with these corners, cut off at the edges of the picture; perhaps empty. */
+    QPolygonF outlineOf(const std::vector<QVector3D>& corners) const;
+
+    /** Whether anything in the picture can lie within an angle with the sine `reach` (at most 1) around the
+     * unit vector `direction`. */
+    bool mayShow(const QVector3D& direction, float reach) const;
+
+    /** Pixels per radian in the middle of the picture. */
+    float focalLength() const { return focal; }
+
+private:
+    QPointF project(const QVector3D& point) const;
+
+    QVector3D right;
+    QVector3D up;
+    QVector3D ahead;
+    float focal;
+    QPointF middle;
+    // Unit vectors at right angles to the planes through the lens and the edges of the picture, inwards.
+    std::array<QVector3D, 4> edges;
+};

@@ -1,0 +1,620 @@
+#include "CameraView.h"
+#include "PolygonFill.h"
+
+#include <QPainter>
+#include <QProcess>
+#include <QRandomGenerator>
+#include <QTemporaryDir>
+#include <QtMath>
+#include <QtTest>
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <vector>
+
+using namespace std::chrono_literals;
+
+namespace {
+
+const char* const driveUp = "81 01 06 01 05 05 03 01 ff";
+const char* const driveDown = "81 01 06 01 05 05 03 02 ff";
+const char* const driveLeft = "81 01 06 01 05 05 01 03 ff";
+const char* const driveRight = "81 01 06 01 05 05 02 03 ff";
+const char* const driveStop = "81 01 06 01 05 05 03 03 ff";
+const char* const zoomTele = "81 01 04 07 25 ff";
+const char* const zoomStop = "81 01 04 07 00 ff";
+const char* const home = "81 01 06 04 ff";
+const char* const store1 = "81 01 04 3f 01 01 ff";
+const char* const store12 = "81 01 04 3f 01 0c ff";
+const char* const reset1 = "81 01 04 3f 00 01 ff";
+
+constexpr QSize pictureSize(800, 450);
+const QColor amber(0xff, 0xb0, 0x2e);
+
+// From a command to the moment when the camera acts on it.
+constexpr ViscaCamera::Time untilAction = 25ms;
+
+// The focal length in pixels at the wide end: 60 degrees over 800 pixels.
+const double wideFocus = 400 / std::tan(qDegreesToRadians(30.0));
+
+double tangent(double degrees)
+{
+    return std::tan(qDegreesToRadians(degrees));
+}
+
+// A camera, its clock, which moves only when the test says so, and a window that looks at it.
+class Desk
+{
+public:
+    Desk()
+        : view([this]() -> const ViscaCamera& { return present(); })
+    {
+        view.resize(pictureSize);
+        view.show();
+    }
+
+    void send(const char* hex)
+    {
+        for (const auto& event : camera.receive(QByteArray::fromHex(hex), now))
+            view.take(event);
+    }
+
+    // Sends a command and lets the camera act on it and reply.
+    void carryOut(const char* hex)
+    {
+        send(hex);
+        now += 50ms;
+        present();
+    }
+
+    // Stops the camera, waits until the window shows that, and takes its picture.
+    QImage pictureAtRest()
+    {
+        for (const char* const stop : {driveStop, zoomStop})
+            carryOut(stop);
+        if (!QTest::qWaitFor([this] { return !isAwake(); }))
+            return {};
+        return view.grab().toImage();
+    }
+
+    bool isAwake() const
+    {
+        const auto timers = view.findChildren<QTimer*>();
+        return std::any_of(timers.begin(), timers.end(),
+                           [](const QTimer* timer) { return timer->isActive(); });
+    }
+
+    ViscaCamera camera;
+    ViscaCamera::Time now{0};
+    CameraView view;
+
+private:
+    const ViscaCamera& present()
+    {
+        for (const auto& event : camera.advance(now))
+            view.take(event);
+        return camera;
+    }
+};
+
+// Whether a preset's mark is there: amber left of its number.
+bool hasMarkAt(const QImage& picture, const QPointF& point)
+{
+    return picture.pixelColor((point - QPointF(7, 0)).toPoint()) == amber;
+}
+
+QImage blackPicture()
+{
+    QImage picture(50, 50, QImage::Format_RGB32);
+    picture.fill(Qt::black);
+    return picture;
+}
+
+class PaintCounter : public QObject
+{
+public:
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        count += event->type() == QEvent::Paint;
+        return false;
+    }
+
+    int count = 0;
+};
+
+} // namespace
+
+class CameraViewTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void fieldOfViewNarrowsWithTheZoom_data();
+    void fieldOfViewNarrowsWithTheZoom();
+    void thingsAppearWhereALensShowsThem_data();
+    void thingsAppearWhereALensShowsThem();
+    void thingsBehindTheCameraDoNotAppear();
+    void facesAreCutOffAtTheEdgesOfThePicture();
+    void facesHaveSmoothEdges();
+    void facesLookAsQPainterDrawsThem();
+    void facesBeyondThePictureDoNoHarm();
+    void pressingADirectionMovesThePictureTheOtherWay_data();
+    void pressingADirectionMovesThePictureTheOtherWay();
+    void zoomingInSpreadsThePicture();
+    void theSceneIsDrawnAllAround_data();
+    void theSceneIsDrawnAllAround();
+    void lastCommandAndItsReplyAreShown();
+    void bytesThatAreNoFrameAreShown();
+    void theProtocolIsPaintedBelowTheMiddle();
+    void thePositionIsAmberWhileItChanges();
+    void panTiltAndZoomAreShown();
+    void storedPresetsAreListed();
+    void theMapShowsTheWholeRange();
+    void theMapShowsWhereTheCameraPoints();
+    void nothingWakesWhileTheCameraStandsStill();
+    void itDrawsWhileTheCameraMovesAndRestsAfterwards();
+    void itRestsAtTheEndOfTheRange();
+    void theCameraRunsWithoutADisplay();
+    void aViewWithoutADisplayIsAClearError();
+};
+
+void CameraViewTest::fieldOfViewNarrowsWithTheZoom_data()
+{
+    QTest::addColumn<double>("zoom");
+    QTest::addColumn<double>("degrees");
+    QTest::newRow("wide") << 0.0 << 60.0;
+    QTest::newRow("middle") << double(0x2000) << 14.71;
+    QTest::newRow("tele") << double(0x4000) << 3.31;
+}
+
+void CameraViewTest::fieldOfViewNarrowsWithTheZoom()
+{
+    QFETCH(double, zoom);
+    QFETCH(double, degrees);
+
+    QVERIFY(std::abs(Projection::fieldOfView(zoom) - degrees) < 0.005);
+}
+
+void CameraViewTest::thingsAppearWhereALensShowsThem_data()
+{
+    QTest::addColumn<double>("pan");
+    QTest::addColumn<double>("tilt");
+    QTest::addColumn<double>("zoom");
+    QTest::addColumn<QPointF>("thing");
+    QTest::addColumn<QPointF>("expected");
+
+    const double tele = 0x4000;
+    QTest::newRow("straight ahead") << 0.0 << 0.0 << 0.0 << QPointF(0, 0) << QPointF(400, 225);
+    QTest::newRow("30 degrees right") << 0.0 << 0.0 << 0.0 << QPointF(30, 0) << QPointF(800, 225);
+    QTest::newRow("10 degrees up") << 0.0 << 0.0 << 0.0 << QPointF(0, 10)
+                                   << QPointF(400, 225 - wideFocus * tangent(10));
+    QTest::newRow("tilted up") << 0.0 << 10.0 << 0.0 << QPointF(0, 0)
+                               << QPointF(400, 225 + wideFocus * tangent(10));
+    QTest::newRow("turned left") << -20.0 << 0.0 << 0.0 << QPointF(0, 0)
+                                 << QPointF(400 + wideFocus * tangent(20), 225);
+    QTest::newRow("tele") << 0.0 << 0.0 << tele << QPointF(1, 0)
+                          << QPointF(400 + 20 * wideFocus * tangent(1), 225);
+    QTest::newRow("across the back") << 170.0 << 0.0 << 0.0 << QPointF(-170, 0)
+                                     << QPointF(400 + wideFocus * tangent(20), 225);
+    QTest::newRow("straight up") << 0.0 << 90.0 << 0.0 << QPointF(0, 80)
+                                 << QPointF(400, 225 + wideFocus * tangent(10));
+}
+
+void CameraViewTest::thingsAppearWhereALensShowsThem()
+{
+    QFETCH(double, pan);
+    QFETCH(double, tilt);
+    QFETCH(double, zoom);
+    QFETCH(QPointF, thing);
+    QFETCH(QPointF, expected);
+
+    const Projection projection({pan, tilt, zoom}, pictureSize);
+    const auto point = projection.pointAt(thing.x(), thing.y());
+
+    QVERIFY(point);
+    QVERIFY2(QLineF(*point, expected).length() < 0.1,
+             qPrintable(QString("at %1, %2").arg(point->x()).arg(point->y())));
+}
+
+void CameraViewTest::thingsBehindTheCameraDoNotAppear()
+{
+    const Projection projection({0, 0, 0}, pictureSize);
+
+    QVERIFY(!projection.pointAt(180, 0));
+    QVERIFY(!projection.pointAt(100, 0));
+    QVERIFY(!projection.mayShow(Projection::direction(180, 0), 0.1F));
+    QVERIFY(!projection.mayShow(Projection::direction(40, 0), 0.1F));
+    QVERIFY(projection.mayShow(Projection::direction(40, 0), 0.2F));
+    QVERIFY(projection.mayShow(Projection::direction(0, 0), 0.1F));
+}
+
+void CameraViewTest::facesAreCutOffAtTheEdgesOfThePicture()
+{
+    const Projection projection({0, 0, 0}, pictureSize);
+
+    // A wall ahead that is far larger than the picture, the floor below, and a wall behind.
+    const QPolygonF wall =
+        projection.outlineOf({{-500, -500, 10}, {500, -500, 10}, {500, 500, 10}, {-500, 500, 10}});
+    const QPolygonF floor =
+        projection.outlineOf({{-500, -2, -500}, {500, -2, -500}, {500, -2, 500}, {-500, -2, 500}});
+    const QPolygonF behind = projection.outlineOf({{-5, -5, -10}, {5, -5, -10}, {5, 5, -10}, {-5, 5, -10}});
+
+    const QRectF picture({}, pictureSize);
+    QVERIFY(wall.boundingRect().contains(picture));
+    QVERIFY(picture.adjusted(-5, -5, 5, 5).contains(wall.boundingRect()));
+    QVERIFY(picture.adjusted(-5, -5, 5, 5).contains(floor.boundingRect()));
+    QVERIFY(std::abs(floor.boundingRect().top() - (225 + wideFocus * 2 / 500)) < 0.1);
+    QVERIFY(behind.isEmpty());
+}
+
+void CameraViewTest::facesHaveSmoothEdges()
+{
+    QImage picture = blackPicture();
+
+    fillConvex(picture, QRectF(10.5, 20, 9.5, 10.25), qRgb(255, 255, 255));
+
+    const auto brightness = [&picture](int x, int y) { return qGray(picture.pixel(x, y)); };
+    QCOMPARE(brightness(9, 25), 0);
+    QVERIFY(std::abs(brightness(10, 25) - 127) <= 1);
+    QCOMPARE(brightness(11, 25), 255);
+    QCOMPARE(brightness(19, 25), 255);
+    QCOMPARE(brightness(20, 25), 0);
+    QCOMPARE(brightness(15, 19), 0);
+    QCOMPARE(brightness(15, 20), 255);
+    QVERIFY(std::abs(brightness(15, 30) - 63) <= 1);
+    QCOMPARE(brightness(15, 31), 0);
+}
+
+void CameraViewTest::facesLookAsQPainterDrawsThem()
+{
+    QRandomGenerator random(1);
+    for (int round = 0; round < 100; ++round) {
+        // Points on an ellipse, some of it out of the picture.
+        const QPointF middle(random.bounded(60) - 5.0, random.bounded(60) - 5.0);
+        const double width = 1 + random.bounded(40.0);
+        const double height = 1 + random.bounded(40.0);
+        const int corners = 3 + random.bounded(12);
+        std::vector<double> angles;
+        std::generate_n(std::back_inserter(angles), corners, [&random] { return random.bounded(2 * M_PI); });
+        std::sort(angles.begin(), angles.end());
+        QPolygonF outline;
+        for (const double angle : angles)
+            outline.append(middle + QPointF(width * std::cos(angle), height * std::sin(angle)));
+
+        QImage picture = blackPicture();
+        fillConvex(picture, outline, qRgb(200, 100, 255));
+        QImage expected = blackPicture();
+        QPainter painter(&expected);
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(QColor(200, 100, 255));
+        painter.drawPolygon(outline);
+        painter.end();
+
+        // Four heights in each pixel: a level edge can be off by an eighth of it.
+        constexpr int tolerance = 255 / 8 + 4;
+        for (int y = 0; y < picture.height(); ++y) {
+            for (int x = 0; x < picture.width(); ++x)
+                QVERIFY(std::abs(qBlue(picture.pixel(x, y)) - qBlue(expected.pixel(x, y))) <= tolerance);
+        }
+    }
+}
+
+void CameraViewTest::facesBeyondThePictureDoNoHarm()
+{
+    QImage picture = blackPicture();
+
+    fillConvex(picture, {}, qRgb(255, 255, 255));
+    fillConvex(picture, QRectF(-30, 10, 20, 20), qRgb(255, 255, 255));
+    fillConvex(picture, QRectF(70, 10, 20, 20), qRgb(255, 255, 255));
+    fillConvex(picture, QRectF(10, -30, 20, 20), qRgb(255, 255, 255));
+    fillConvex(picture, QRectF(10, 70, 20, 20), qRgb(255, 255, 255));
+    QCOMPARE(picture, blackPicture());
+
+    fillConvex(picture, QRectF(-30, -30, 200, 200), qRgb(255, 255, 255));
+    QImage white = blackPicture();
+    white.fill(Qt::white);
+    QCOMPARE(picture, white);
+}
+
+void CameraViewTest::pressingADirectionMovesThePictureTheOtherWay_data()
+{
+    QTest::addColumn<QByteArray>("command");
+    QTest::addColumn<QPointF>("homeAfterwards");
+
+    // Speed 5 for 400 milliseconds: 5 degrees of tilt, 6.6 degrees of pan.
+    QTest::newRow("up") << QByteArray(driveUp) << QPointF(400, 225 + wideFocus * tangent(5));
+    QTest::newRow("down") << QByteArray(driveDown) << QPointF(400, 225 - wideFocus * tangent(5));
+    QTest::newRow("left") << QByteArray(driveLeft) << QPointF(400 + wideFocus * tangent(6.6), 225);
+    QTest::newRow("right") << QByteArray(driveRight) << QPointF(400 - wideFocus * tangent(6.6), 225);
+}
+
+void CameraViewTest::pressingADirectionMovesThePictureTheOtherWay()
+{
+    QFETCH(QByteArray, command);
+    QFETCH(QPointF, homeAfterwards);
+    Desk desk;
+    desk.carryOut(store1);
+    QVERIFY(hasMarkAt(desk.pictureAtRest(), {400, 225}));
+
+    desk.send(command);
+    desk.now += 400ms;
+    desk.send(driveStop);
+    desk.now += untilAction;
+    const QImage picture = desk.pictureAtRest();
+
+    QVERIFY(!hasMarkAt(picture, {400, 225}));
+    QVERIFY(hasMarkAt(picture, homeAfterwards));
+}
+
+void CameraViewTest::zoomingInSpreadsThePicture()
+{
+    Desk desk;
+    desk.carryOut(driveRight);
+    desk.now += 400ms;
+    desk.carryOut(driveStop);
+    desk.carryOut(store1);
+    const double pan = desk.camera.position().pan;
+    desk.carryOut(home);
+    desk.now += 1s;
+    QVERIFY(hasMarkAt(desk.pictureAtRest(), {400 + wideFocus * tangent(pan), 225}));
+
+    desk.carryOut(zoomTele);
+    desk.now += 600ms;
+    const QImage picture = desk.pictureAtRest();
+
+    const double magnification = std::pow(20, desk.camera.position().zoom / 0x4000);
+    QVERIFY(magnification > 1.5);
+    QVERIFY(hasMarkAt(picture, {400 + magnification * wideFocus * tangent(pan), 225}));
+}
+
+void CameraViewTest::theSceneIsDrawnAllAround_data()
+{
+    QTest::addColumn<double>("pan");
+    QTest::addColumn<double>("tilt");
+    for (int pan = -170; pan <= 170; pan += 34) {
+        for (const int tilt : {-30, 0, 30, 90})
+            QTest::addRow("pan %d, tilt %d", pan, tilt) << double(pan) << double(tilt);
+    }
+}
+
+void CameraViewTest::theSceneIsDrawnAllAround()
+{
+    QFETCH(double, pan);
+    QFETCH(double, tilt);
+    QImage picture(pictureSize, QImage::Format_RGB32);
+    picture.fill(Qt::magenta);
+
+    Scene().draw(picture, Projection({pan, tilt, 0}, pictureSize));
+
+    const auto* const first = reinterpret_cast<const QRgb*>(picture.constBits());
+    const auto* const last = first + picture.sizeInBytes() / static_cast<qsizetype>(sizeof(QRgb));
+    const auto bare = std::count(first, last, QColor(Qt::magenta).rgb());
+    QCOMPARE(bare, 0);
+}
+
+void CameraViewTest::lastCommandAndItsReplyAreShown()
+{
+    Desk desk;
+    QCOMPARE(desk.view.texts().command, QString());
+
+    desk.send(driveUp);
+    QCOMPARE(desk.view.texts().command, "drive up, pan speed 5, tilt speed 5");
+    QCOMPARE(desk.view.texts().commandBytes, "81 01 06 01 05 05 03 01 FF");
+    QCOMPARE(desk.view.texts().reply, QString());
+
+    desk.now += untilAction;
+    QTRY_COMPARE(desk.view.texts().reply, "ACK, socket 1");
+    QCOMPARE(desk.view.texts().replyBytes, "90 41 FF");
+    desk.now += 11ms;
+    QTRY_COMPARE(desk.view.texts().reply, "completion, socket 1");
+
+    desk.send(driveStop);
+    QCOMPARE(desk.view.texts().command, "drive stop, pan speed 5, tilt speed 5");
+    QCOMPARE(desk.view.texts().reply, QString());
+    QCOMPARE(desk.view.texts().replyBytes, QString());
+}
+
+void CameraViewTest::bytesThatAreNoFrameAreShown()
+{
+    Desk desk;
+
+    desk.send("12 34");
+
+    QCOMPARE(desk.view.texts().command, "no frame, ignored");
+    QCOMPARE(desk.view.texts().commandBytes, "12 34");
+}
+
+void CameraViewTest::theProtocolIsPaintedBelowTheMiddle()
+{
+    Desk desk;
+    const QImage before = desk.view.grab().toImage();
+
+    const QImage after = desk.pictureAtRest();
+
+    const QRect protocol(0, 395, 500, 55);
+    const QRect middle(0, 100, 800, 290);
+    QVERIFY(after.copy(protocol) != before.copy(protocol));
+    QCOMPARE(after.copy(middle), before.copy(middle));
+}
+
+void CameraViewTest::thePositionIsAmberWhileItChanges()
+{
+    Desk desk;
+    const auto isAmber = [&desk] {
+        const QImage panel = desk.view.grab({10, 10, 280, 44}).toImage();
+        for (int y = 0; y < panel.height(); ++y) {
+            for (int x = 0; x < panel.width(); ++x) {
+                if (panel.pixelColor(x, y) == amber)
+                    return true;
+            }
+        }
+        return false;
+    };
+    QVERIFY(!isAmber());
+
+    desk.carryOut(driveUp);
+    QTRY_VERIFY(isAmber());
+
+    desk.pictureAtRest();
+    QVERIFY(!isAmber());
+}
+
+void CameraViewTest::panTiltAndZoomAreShown()
+{
+    Desk desk;
+    const QString degree(QChar(0xB0));
+    const QString times(QChar(0xD7));
+    QCOMPARE(desk.view.texts().pan, "0.0" + degree);
+    QCOMPARE(desk.view.texts().tilt, "0.0" + degree);
+    QCOMPARE(desk.view.texts().zoom, "1.0" + times + " 0000");
+
+    desk.send(driveLeft);
+    desk.now += untilAction + 1s;
+    QTRY_COMPARE(desk.view.texts().pan, "-16.5" + degree);
+    desk.send(driveUp);
+    desk.now += untilAction + 1s;
+    QTRY_COMPARE(desk.view.texts().tilt, "+12.5" + degree);
+    desk.send(zoomTele);
+    desk.now += 60s;
+    QTRY_COMPARE(desk.view.texts().zoom, "20.0" + times + " 4000");
+}
+
+void CameraViewTest::storedPresetsAreListed()
+{
+    Desk desk;
+    QCOMPARE(desk.view.texts().presets, QString());
+
+    desk.send(store12);
+    desk.now += untilAction;
+    QTRY_COMPARE(desk.view.texts().presets, "12");
+    desk.send(store1);
+    desk.now += 50ms;
+    QTRY_COMPARE(desk.view.texts().presets, "1 12");
+
+    desk.send(reset1);
+    desk.now += 50ms;
+    QTRY_COMPARE(desk.view.texts().presets, "12");
+}
+
+void CameraViewTest::theMapShowsTheWholeRange()
+{
+    Desk desk;
+    const QPointF upperLeft = desk.view.mapPointAt(-ViscaCamera::panLimit, ViscaCamera::tiltHighLimit);
+    const QPointF lowerRight = desk.view.mapPointAt(ViscaCamera::panLimit, ViscaCamera::tiltLowLimit);
+
+    const QRectF upperRightQuarter(400, 0, 400, 225);
+    QVERIFY(upperRightQuarter.contains(upperLeft));
+    QVERIFY(upperRightQuarter.contains(lowerRight));
+    QVERIFY(upperLeft.x() < lowerRight.x());
+    QVERIFY(upperLeft.y() < lowerRight.y());
+    QCOMPARE(desk.view.mapPointAt(0, 0).x(), (upperLeft.x() + lowerRight.x()) / 2);
+    QCOMPARE(desk.view.mapPointAt(0, 0).y(), upperLeft.y() + (lowerRight.y() - upperLeft.y()) * 3 / 4);
+}
+
+void CameraViewTest::theMapShowsWhereTheCameraPoints()
+{
+    Desk desk;
+    const QPoint straightAhead = desk.view.mapPointAt(0, 0).toPoint();
+    QCOMPARE(desk.pictureAtRest().pixelColor(straightAhead), amber);
+
+    desk.send(driveRight);
+    desk.now += untilAction + 4s;
+    const QImage picture = desk.pictureAtRest();
+
+    const ViscaCamera::Position there = desk.camera.position();
+    QVERIFY(there.pan > 60);
+    QCOMPARE(picture.pixelColor(desk.view.mapPointAt(there.pan, there.tilt).toPoint()), amber);
+    QVERIFY(picture.pixelColor(straightAhead) != amber);
+}
+
+void CameraViewTest::nothingWakesWhileTheCameraStandsStill()
+{
+    Desk desk;
+    QVERIFY(QTest::qWaitForWindowExposed(&desk.view));
+    QVERIFY(!desk.isAwake());
+
+    // A command that moves nothing shows itself and leaves it at that.
+    desk.carryOut(store1);
+    QTRY_VERIFY(!desk.isAwake());
+
+    PaintCounter paints;
+    desk.view.installEventFilter(&paints);
+    QCoreApplication::processEvents();
+    paints.count = 0;
+    desk.now += 10s;
+    QCoreApplication::processEvents();
+    QCOMPARE(paints.count, 0);
+}
+
+void CameraViewTest::itDrawsWhileTheCameraMovesAndRestsAfterwards()
+{
+    Desk desk;
+    QVERIFY(QTest::qWaitForWindowExposed(&desk.view));
+    PaintCounter paints;
+    desk.view.installEventFilter(&paints);
+
+    desk.carryOut(driveUp);
+    QTRY_VERIFY(paints.count >= 10);
+    QVERIFY(desk.isAwake());
+
+    desk.carryOut(driveStop);
+    QTRY_VERIFY(!desk.isAwake());
+    QVERIFY(!desk.camera.isMoving());
+}
+
+void CameraViewTest::itRestsAtTheEndOfTheRange()
+{
+    Desk desk;
+
+    desk.carryOut(driveUp);
+    QVERIFY(desk.camera.isMoving());
+    desk.now += 60s;
+
+    QTRY_VERIFY(!desk.isAwake());
+    QCOMPARE(desk.view.texts().tilt, QString("+90.0") + QChar(0xB0));
+}
+
+void CameraViewTest::theCameraRunsWithoutADisplay()
+{
+    QProcess program;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove("DISPLAY");
+    environment.remove("WAYLAND_DISPLAY");
+    program.setProcessEnvironment(environment);
+    program.start(VANTREL_CAMERA_PATH, QStringList());
+
+    QVERIFY(program.waitForReadyRead());
+    QVERIFY(program.readAllStandardOutput().startsWith("Camera at "));
+    program.terminate();
+    QVERIFY(program.waitForFinished());
+}
+
+void CameraViewTest::aViewWithoutADisplayIsAClearError()
+{
+#ifdef Q_OS_MACOS
+    QSKIP("macOS always has a display");
+#endif
+    QTemporaryDir folder;
+    const QString link = folder.filePath("camera");
+    QProcess program;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove("DISPLAY");
+    environment.remove("WAYLAND_DISPLAY");
+    environment.remove("QT_FATAL_WARNINGS");
+    environment.insert("QT_QPA_PLATFORM", "xcb");
+    program.setProcessEnvironment(environment);
+    program.start(VANTREL_CAMERA_PATH, {"--view", "--link", link});
+
+    QVERIFY(program.waitForFinished());
+    QCOMPARE(program.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(program.exitCode(), 1);
+    QCOMPARE(program.readAllStandardError(),
+             QByteArray("vantrel-camera: --view needs a display, and there is none\n"));
+    QCOMPARE(program.readAllStandardOutput(), QByteArray());
+    QVERIFY(!QFileInfo(link).isSymLink());
+}
+
+QTEST_MAIN(CameraViewTest)
+#include "CameraViewTest.moc"

@@ -1,0 +1,309 @@
+#include "PseudoTerminal.h"
+
+#include <QDeadlineTimer>
+#include <QProcess>
+#include <QSerialPort>
+#include <QtTest>
+
+#include <array>
+#include <cerrno>
+#include <csignal>
+#include <optional>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace {
+
+QByteArray everyByte()
+{
+    QByteArray bytes;
+    for (int value = 0; value < 0x100; ++value)
+        bytes.append(static_cast<char>(value));
+    return bytes;
+}
+
+bool isReadable(int descriptor)
+{
+    pollfd request{descriptor, POLLIN, 0};
+    return poll(&request, 1, 0) == 1;
+}
+
+// A program that opens the line and sets nothing up, as a shell's redirection does.
+class PlainClient
+{
+public:
+    explicit PlainClient(const QString& path)
+        : descriptor(open(QFile::encodeName(path).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK))
+    {
+    }
+
+    ~PlainClient() { close(descriptor); }
+
+    PlainClient(const PlainClient&) = delete;
+    PlainClient& operator=(const PlainClient&) = delete;
+
+    // Returns how many bytes the line took.
+    int send(const QByteArray& bytes)
+    {
+        const ssize_t size = write(descriptor, bytes.constData(), static_cast<std::size_t>(bytes.size()));
+        return size < 0 ? 0 : static_cast<int>(size);
+    }
+
+    // Everything that has come so far, since the client began.
+    QByteArray received()
+    {
+        std::array<char, 4096> buffer;
+        for (;;) {
+            const ssize_t size = read(descriptor, buffer.data(), buffer.size());
+            if (size <= 0)
+                return all;
+            all.append(buffer.data(), static_cast<int>(size));
+        }
+    }
+
+    const int descriptor;
+
+private:
+    QByteArray all;
+};
+
+// Runs `work` in a process of an ordinary user, whom an exclusive terminal keeps out; its result is the exit
+// status.
+template <typename Work> pid_t asOrdinaryUser(Work work)
+{
+    const pid_t child = fork();
+    if (child != 0)
+        return child;
+    constexpr uid_t nobody = 65534;
+    if (geteuid() == 0 && setuid(nobody) != 0)
+        _exit(EXIT_FAILURE);
+    _exit(work());
+}
+
+int exitStatus(pid_t child)
+{
+    int status = -1;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+} // namespace
+
+class PseudoTerminalTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void eachLineHasAPathOfItsOwn();
+    void everyBytePassesBothWaysWithoutSettingsOrEcho();
+    void everyBytePassesThroughQSerialPort();
+    void aLotOfBytesPassesBothWays();
+    void bytesOfAClientThatHasLeftAreKept();
+    void anIdleLineWakesNobody();
+    void aClientMayCloseAndOpenAgain();
+    void aKilledClientDoesNotKeepTheNextOneOut();
+    void whatNobodyReadsIsLostInTheEnd();
+    void hangingUpLooksLikeAPulledAdapter();
+    void hangingUpEndsReadingAndWriting();
+    void destructionHangsUp();
+    void aChildProcessDoesNotKeepTheLineUp();
+};
+
+void PseudoTerminalTest::eachLineHasAPathOfItsOwn()
+{
+    const PseudoTerminal one;
+    const PseudoTerminal two;
+    QVERIFY2(one.isOpen(), qPrintable(one.errorString()));
+    QVERIFY2(two.isOpen(), qPrintable(two.errorString()));
+    QVERIFY(QFile::exists(one.path()));
+    QVERIFY(QFile::exists(two.path()));
+    QVERIFY(one.path() != two.path());
+}
+
+void PseudoTerminalTest::everyBytePassesBothWaysWithoutSettingsOrEcho()
+{
+    PseudoTerminal terminal;
+    PlainClient client(terminal.path());
+    client.send(everyByte());
+    QByteArray received;
+    QTRY_COMPARE(received += terminal.read(), everyByte());
+
+    QVERIFY(terminal.write(everyByte()));
+    QTRY_COMPARE(client.received(), everyByte());
+    QVERIFY2(terminal.read().isEmpty(), "nothing is echoed");
+}
+
+void PseudoTerminalTest::everyBytePassesThroughQSerialPort()
+{
+    PseudoTerminal terminal;
+    QSerialPort port(terminal.path());
+    QVERIFY2(port.open(QIODevice::ReadWrite), qPrintable(port.errorString()));
+    port.write(everyByte());
+    QByteArray received;
+    QTRY_COMPARE(received += terminal.read(), everyByte());
+
+    QVERIFY(terminal.write(everyByte()));
+    QByteArray replies;
+    QTRY_COMPARE(replies += port.readAll(), everyByte());
+}
+
+void PseudoTerminalTest::aLotOfBytesPassesBothWays()
+{
+    PseudoTerminal terminal;
+    PlainClient client(terminal.path());
+    const QByteArray much = everyByte().repeated(2000);
+
+    int sent = 0;
+    QByteArray received;
+    for (const QDeadlineTimer patience(5000); received.size() < much.size() && !patience.hasExpired();) {
+        sent += client.send(much.mid(sent));
+        received += terminal.read();
+    }
+    QCOMPARE(received, much);
+
+    for (int block = 0; block < 2000; ++block) {
+        QVERIFY(terminal.write(everyByte()));
+        client.received();
+    }
+    QTRY_COMPARE(client.received().size(), much.size());
+    QCOMPARE(client.received(), much);
+}
+
+void PseudoTerminalTest::bytesOfAClientThatHasLeftAreKept()
+{
+    PseudoTerminal terminal;
+    PlainClient(terminal.path()).send("first");
+    PlainClient(terminal.path()).send("second");
+    QByteArray received;
+    QTRY_COMPARE(received += terminal.read(), QByteArray("firstsecond"));
+}
+
+void PseudoTerminalTest::anIdleLineWakesNobody()
+{
+    PseudoTerminal terminal;
+    QVERIFY(!isReadable(terminal.descriptor()));
+    {
+        QSerialPort port(terminal.path());
+        QVERIFY(port.open(QIODevice::ReadWrite));
+    }
+    QTRY_VERIFY(terminal.read().isEmpty() && !isReadable(terminal.descriptor()));
+}
+
+void PseudoTerminalTest::aClientMayCloseAndOpenAgain()
+{
+    PseudoTerminal terminal;
+    QSerialPort port(terminal.path());
+    for (const QByteArray& word : {QByteArray("one"), QByteArray("two"), QByteArray("three")}) {
+        QVERIFY2(port.open(QIODevice::ReadWrite), qPrintable(port.errorString()));
+        port.write(word);
+        QByteArray received;
+        QTRY_COMPARE(received += terminal.read(), word);
+        port.close();
+    }
+}
+
+void PseudoTerminalTest::aKilledClientDoesNotKeepTheNextOneOut()
+{
+    PseudoTerminal terminal;
+    const QByteArray path = QFile::encodeName(terminal.path());
+    QCOMPARE(chmod(path.constData(), 0666), 0);
+
+    // This is what QSerialPort does at its opening; not a byte is sent.
+    const pid_t killed = asOrdinaryUser([&path] {
+        const int port = open(path.constData(), O_RDWR | O_NOCTTY);
+        termios settings{};
+        ioctl(port, TIOCEXCL);
+        tcgetattr(port, &settings);
+        tcsetattr(port, TCSANOW, &settings);
+        return pause();
+    });
+    QTRY_VERIFY(isReadable(terminal.descriptor()));
+    QVERIFY(terminal.read().isEmpty());
+    kill(killed, SIGKILL);
+    exitStatus(killed);
+
+    const pid_t next =
+        asOrdinaryUser([&path] { return open(path.constData(), O_RDWR | O_NOCTTY) == -1 ? errno : 0; });
+    QCOMPARE(exitStatus(next), 0);
+}
+
+void PseudoTerminalTest::whatNobodyReadsIsLostInTheEnd()
+{
+    PseudoTerminal terminal;
+    const QByteArray much = everyByte().repeated(64);
+    int taken = 0;
+    while (taken < 1000 && terminal.write(much))
+        ++taken;
+    QVERIFY(taken < 1000);
+
+    PlainClient client(terminal.path());
+    QTRY_VERIFY2(client.received().size() >= taken * much.size(), "what was taken arrives");
+    QTRY_VERIFY((client.received(), terminal.write("again")));
+}
+
+void PseudoTerminalTest::hangingUpLooksLikeAPulledAdapter()
+{
+    PseudoTerminal terminal;
+    PlainClient client(terminal.path());
+    terminal.hangUp();
+
+    pollfd request{client.descriptor, POLLIN, 0};
+    QCOMPARE(poll(&request, 1, 5000), 1);
+    QVERIFY((request.revents & POLLHUP) != 0);
+    char byte = 0;
+    QCOMPARE(read(client.descriptor, &byte, 1), ssize_t(0));
+    termios settings{};
+    QCOMPARE(tcgetattr(client.descriptor, &settings), -1);
+    QCOMPARE(errno, EIO);
+    QVERIFY(!QFile::exists(terminal.path()));
+}
+
+void PseudoTerminalTest::hangingUpEndsReadingAndWriting()
+{
+    PseudoTerminal terminal;
+    PlainClient client(terminal.path());
+    client.send("too late");
+    terminal.hangUp();
+    QVERIFY(!terminal.isOpen());
+    QCOMPARE(terminal.descriptor(), -1);
+    QVERIFY(terminal.read().isEmpty());
+    QVERIFY(!terminal.write("too late"));
+    terminal.hangUp();
+    QVERIFY(!terminal.isOpen());
+}
+
+void PseudoTerminalTest::destructionHangsUp()
+{
+    std::optional<PseudoTerminal> terminal(std::in_place);
+    PlainClient client(terminal->path());
+    terminal.reset();
+    pollfd request{client.descriptor, POLLIN, 0};
+    QCOMPARE(poll(&request, 1, 5000), 1);
+    QVERIFY((request.revents & POLLHUP) != 0);
+}
+
+void PseudoTerminalTest::aChildProcessDoesNotKeepTheLineUp()
+{
+    PseudoTerminal terminal;
+    PlainClient client(terminal.path());
+    QProcess child;
+    child.start("cat", QStringList());
+    QVERIFY(child.waitForStarted());
+
+    terminal.hangUp();
+    pollfd request{client.descriptor, POLLIN, 0};
+    QCOMPARE(poll(&request, 1, 5000), 1);
+    QVERIFY((request.revents & POLLHUP) != 0);
+
+    child.closeWriteChannel();
+    QVERIFY(child.waitForFinished());
+}
+
+QTEST_GUILESS_MAIN(PseudoTerminalTest)
+#include "PseudoTerminalTest.moc"

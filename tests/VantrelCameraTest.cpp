@@ -1,0 +1,510 @@
+#include <QFileInfo>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <array>
+#include <csignal>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+namespace {
+
+const char* const driveUp = "81 01 06 01 05 05 03 01 ff";
+const char* const driveUpLine = "<- 81 01 06 01 05 05 03 01 FF  drive up, pan speed 5, tilt speed 5";
+const char* const ackLine = "-> 90 41 FF  ACK, socket 1";
+const char* const completionLine = "-> 90 51 FF  completion, socket 1";
+const char* const ackAndCompletion = "90 41 ff 90 51 ff";
+
+// The running program and its output.
+class CameraProgram
+{
+public:
+    explicit CameraProgram(const QStringList& options = {}) { process.start(VANTREL_CAMERA_PATH, options); }
+
+    ~CameraProgram()
+    {
+        process.terminate();
+        process.waitForFinished();
+    }
+
+    CameraProgram(const CameraProgram&) = delete;
+    CameraProgram& operator=(const CameraProgram&) = delete;
+
+    // The lines printed so far.
+    QStringList lines()
+    {
+        output += QString::fromLocal8Bit(process.readAllStandardOutput());
+        return output.split('\n', Qt::SkipEmptyParts);
+    }
+
+    // Those that begin with `mark`, such as "->".
+    QStringList lines(const QString& mark)
+    {
+        const QStringList all = lines();
+        QStringList marked;
+        std::copy_if(all.begin(), all.end(), std::back_inserter(marked),
+                     [&mark](const QString& line) { return line.startsWith(mark); });
+        return marked;
+    }
+
+    // Where the camera is now; waits until the program tells it for the `count`th time.
+    QString path(int count = 1)
+    {
+        const QString mark("Camera at ");
+        static_cast<void>(QTest::qWaitFor([&] { return lines(mark).size() >= count; }));
+        return lines(mark).value(count - 1).mid(mark.size());
+    }
+
+    // Waits for the end; returns the exit status, or -1 if it did not end by itself.
+    int exitStatus()
+    {
+        if (process.state() != QProcess::NotRunning && !process.waitForFinished())
+            return -1;
+        return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    }
+
+    QProcess process;
+
+private:
+    QString output;
+};
+
+// A controller with the line open.
+class Controller
+{
+public:
+    explicit Controller(const QString& path)
+        : descriptor(open(QFile::encodeName(path).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK))
+    {
+    }
+
+    ~Controller() { close(descriptor); }
+
+    Controller(const Controller&) = delete;
+    Controller& operator=(const Controller&) = delete;
+
+    void send(const QByteArray& hex)
+    {
+        const QByteArray bytes = QByteArray::fromHex(hex);
+        QCOMPARE(write(descriptor, bytes.constData(), static_cast<std::size_t>(bytes.size())), bytes.size());
+    }
+
+    // All that has come so far, in hexadecimal.
+    QByteArray received()
+    {
+        std::array<char, 4096> buffer;
+        for (;;) {
+            const ssize_t size = read(descriptor, buffer.data(), buffer.size());
+            if (size <= 0)
+                return all.toHex(' ');
+            all.append(buffer.data(), static_cast<int>(size));
+        }
+    }
+
+    bool isHungUp() const
+    {
+        pollfd request{descriptor, POLLIN, 0};
+        return poll(&request, 1, 0) == 1 && (request.revents & POLLHUP) != 0;
+    }
+
+private:
+    const int descriptor;
+    QByteArray all;
+};
+
+} // namespace
+
+class VantrelCameraTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void tellsWhereItIsFirst();
+    void answersAndTellsEachFrameAndReply();
+    void staysWhenAControllerLeaves();
+    void reallyMoves();
+    void refusesWhileBusyWhenStrict();
+
+    void linkLeadsToTheCamera();
+    void linkReplacesOneThatIsStale();
+    void linkReplacesNothingElse_data();
+    void linkReplacesNothingElse();
+    void linkGoesAwayAtTheEnd_data();
+    void linkGoesAwayAtTheEnd();
+    void linkGoesAwayWhenNobodyReadsTheOutput();
+    void linkOfAnotherCameraIsLeftAlone();
+
+    void noRepliesIsSilent();
+    void lateRepliesAreLate();
+    void splitRepliesComeInPieces();
+    void joinedRepliesComeTogether();
+    void noiseComesBeforeReplies();
+    void repliesComeInTheLengthAskedFor();
+    void faultsCombineAndTheSeedRepeatsThem();
+    void hangsUpAndComesBackAtTheSameLink();
+    void theCameraKeepsItsPositionWhileUnplugged();
+
+    void helpAndVersionAreTold_data();
+    void helpAndVersionAreTold();
+    void aBadOptionIsAClearErrorWithStatus2_data();
+    void aBadOptionIsAClearErrorWithStatus2();
+};
+
+void VantrelCameraTest::tellsWhereItIsFirst()
+{
+    CameraProgram camera;
+    QVERIFY(QFileInfo::exists(camera.path()));
+    QCOMPARE(camera.lines(), QStringList("Camera at " + camera.path()));
+}
+
+void VantrelCameraTest::answersAndTellsEachFrameAndReply()
+{
+    CameraProgram camera;
+    Controller controller(camera.path());
+    controller.send(driveUp);
+    QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
+    QTRY_COMPARE(camera.lines().mid(1), QStringList({driveUpLine, ackLine, completionLine}));
+
+    controller.send("12 34");
+    QTRY_COMPARE(camera.lines().mid(4), QStringList("<- 12 34  no frame, ignored"));
+}
+
+void VantrelCameraTest::staysWhenAControllerLeaves()
+{
+    CameraProgram camera;
+    for (int visit = 1; visit <= 3; ++visit) {
+        Controller controller(camera.path());
+        controller.send(driveUp);
+        QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
+        QTRY_COMPARE(camera.lines("<-").size(), visit);
+    }
+}
+
+void VantrelCameraTest::reallyMoves()
+{
+    CameraProgram camera;
+    Controller controller(camera.path());
+    controller.send("81 01 06 01 18 14 02 03 ff");
+    const auto panIsRight = [&] {
+        controller.send("81 09 06 12 ff");
+        const QStringList told = camera.lines("-> 90 50 ");
+        return !told.isEmpty() && !told.last().contains("pan 0.0,") && told.last().contains("tilt 0.0 ");
+    };
+    QTRY_VERIFY(panIsRight());
+
+    controller.send("81 01 06 04 ff");
+    QTRY_COMPARE(camera.lines("-> 90 51 FF").size(), 2);
+    controller.send("81 09 06 12 ff");
+    QTRY_VERIFY(camera.lines().constLast().endsWith("pan 0.0, tilt 0.0 degrees"));
+}
+
+void VantrelCameraTest::refusesWhileBusyWhenStrict()
+{
+    CameraProgram camera({"--strict"});
+    Controller controller(camera.path());
+    controller.send(driveUp);
+    controller.send("81 01 06 04 ff");
+    QTRY_COMPARE(controller.received(), QByteArray("90 41 ff 90 51 ff 90 61 41 ff"));
+}
+
+void VantrelCameraTest::linkLeadsToTheCamera()
+{
+    const QTemporaryDir folder;
+    const QString link = folder.filePath("camera");
+    CameraProgram camera({"--link", link});
+    QTRY_COMPARE(camera.lines().mid(1), QStringList("Link at " + link));
+    QCOMPARE(QFileInfo(link).symLinkTarget(), camera.path());
+    Controller controller(link);
+    controller.send(driveUp);
+    QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
+}
+
+void VantrelCameraTest::linkReplacesOneThatIsStale()
+{
+    const QTemporaryDir folder;
+    const QString link = folder.filePath("camera");
+    {
+        CameraProgram camera({"--link", link});
+        QTRY_COMPARE(camera.lines().size(), 2);
+        camera.process.kill();
+        QCOMPARE(camera.exitStatus(), -1);
+    }
+    QVERIFY2(QFileInfo(link).isSymLink(), "a killed camera leaves its link behind");
+
+    CameraProgram camera({"--link", link});
+    QTRY_COMPARE(camera.lines().size(), 2);
+    QCOMPARE(QFileInfo(link).symLinkTarget(), camera.path());
+    QCOMPARE(QDir(folder.path()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System),
+             QStringList("camera"));
+}
+
+void VantrelCameraTest::linkReplacesNothingElse_data()
+{
+    QTest::addColumn<QString>("kind");
+
+    QTest::newRow("file") << "file";
+    QTest::newRow("folder") << "folder";
+    QTest::newRow("link to a file") << "link";
+    QTest::newRow("dangling link") << "dangling";
+}
+
+void VantrelCameraTest::linkReplacesNothingElse()
+{
+    QFETCH(QString, kind);
+    const QTemporaryDir folder;
+    QFile file(folder.filePath("file"));
+    QVERIFY(file.open(QIODevice::WriteOnly) && file.write("kept") == 4);
+    file.close();
+    QVERIFY(QDir(folder.path()).mkdir("folder"));
+    QVERIFY(QFile::link(file.fileName(), folder.filePath("link")));
+    QVERIFY(QFile::link(folder.filePath("gone"), folder.filePath("dangling")));
+    const QStringList before = QDir(folder.path()).entryList(QDir::AllEntries | QDir::System);
+
+    CameraProgram camera({"--link", folder.filePath(kind)});
+    QCOMPARE(camera.exitStatus(), 2);
+    const QString complaint = QString::fromLocal8Bit(camera.process.readAllStandardError());
+    QVERIFY2(complaint.contains(folder.filePath(kind)), qPrintable(complaint));
+    QVERIFY(camera.lines().isEmpty());
+    QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::System), before);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), QByteArray("kept"));
+}
+
+void VantrelCameraTest::linkGoesAwayAtTheEnd_data()
+{
+    QTest::addColumn<int>("signal");
+
+    QTest::newRow("SIGTERM") << SIGTERM;
+    QTest::newRow("SIGINT") << SIGINT;
+    QTest::newRow("SIGHUP") << SIGHUP;
+}
+
+void VantrelCameraTest::linkGoesAwayAtTheEnd()
+{
+    QFETCH(int, signal);
+    const QTemporaryDir folder;
+    const QString link = folder.filePath("camera");
+    CameraProgram camera({"--link", link});
+    QTRY_COMPARE(camera.lines().size(), 2);
+    QCOMPARE(kill(static_cast<pid_t>(camera.process.processId()), signal), 0);
+    QCOMPARE(camera.exitStatus(), 0);
+    QVERIFY(!QFileInfo(link).isSymLink());
+    QVERIFY(camera.process.readAllStandardError().isEmpty());
+}
+
+void VantrelCameraTest::linkGoesAwayWhenNobodyReadsTheOutput()
+{
+    const QTemporaryDir folder;
+    const QString link = folder.filePath("camera");
+    QProcess camera;
+    QProcess reader;
+    camera.setStandardOutputProcess(&reader);
+    camera.start(VANTREL_CAMERA_PATH, {"--link", link});
+    reader.start("head", {"-n", "2"});
+    QVERIFY(reader.waitForFinished());
+    QVERIFY(reader.readAllStandardOutput().endsWith("Link at " + QFile::encodeName(link) + '\n'));
+
+    Controller(link).send(driveUp);
+    QVERIFY(camera.waitForFinished());
+    QCOMPARE(camera.exitStatus(), QProcess::NormalExit);
+    QCOMPARE(camera.exitCode(), 0);
+    QVERIFY(!QFileInfo(link).isSymLink());
+}
+
+void VantrelCameraTest::linkOfAnotherCameraIsLeftAlone()
+{
+    const QTemporaryDir folder;
+    const QString link = folder.filePath("camera");
+    CameraProgram first({"--link", link});
+    QTRY_COMPARE(first.lines().size(), 2);
+    CameraProgram second({"--link", link});
+    QTRY_COMPARE(second.lines().size(), 2);
+    first.process.terminate();
+    QCOMPARE(first.exitStatus(), 0);
+    QCOMPARE(QFileInfo(link).symLinkTarget(), second.path());
+}
+
+void VantrelCameraTest::noRepliesIsSilent()
+{
+    CameraProgram camera({"--no-replies"});
+    Controller controller(camera.path());
+    controller.send(driveUp);
+    QTRY_COMPARE(camera.lines().mid(1), QStringList({driveUpLine, ackLine, completionLine}));
+    QVERIFY(controller.received().isEmpty());
+}
+
+void VantrelCameraTest::lateRepliesAreLate()
+{
+    CameraProgram camera({"--late", "400"});
+    Controller controller(camera.path());
+    QElapsedTimer clock;
+    clock.start();
+    controller.send(driveUp);
+    QTRY_COMPARE(camera.lines("->").size(), 2);
+    QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
+    QVERIFY(clock.elapsed() >= 400);
+}
+
+void VantrelCameraTest::splitRepliesComeInPieces()
+{
+    CameraProgram camera({"--split"});
+    Controller controller(camera.path());
+    controller.send(driveUp);
+    QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
+    QTRY_VERIFY(camera.lines(">>").size() >= 4);
+    QVERIFY(!camera.lines(">>").contains(">> 90 41 FF"));
+}
+
+void VantrelCameraTest::joinedRepliesComeTogether()
+{
+    CameraProgram camera({"--join"});
+    Controller controller(camera.path());
+    // Twenty commands take a third of a second; their forty replies come in a handful of pieces.
+    for (int count = 0; count < 20; ++count)
+        controller.send(driveUp);
+    QTRY_COMPARE(controller.received(), QByteArray("90 41 ff 90 51 ff ").repeated(20).trimmed());
+    QTRY_COMPARE(camera.lines("->").size(), 40);
+    QVERIFY(camera.lines(">>").size() < 20);
+}
+
+void VantrelCameraTest::noiseComesBeforeReplies()
+{
+    CameraProgram camera({"--noise"});
+    Controller controller(camera.path());
+    controller.send(driveUp);
+    QTRY_VERIFY(controller.received().endsWith("90 51 ff"));
+    QVERIFY(!controller.received().startsWith("90"));
+    QVERIFY(controller.received().contains("90 41 ff"));
+    QCOMPARE(controller.received().count("90"), 2);
+}
+
+void VantrelCameraTest::repliesComeInTheLengthAskedFor()
+{
+    CameraProgram camera({"--reply-length", "4"});
+    Controller controller(camera.path());
+    controller.send(driveUp);
+    QTRY_COMPARE(controller.received(), QByteArray("90 41 00 00 00 ff 90 51 00 00 00 ff"));
+}
+
+void VantrelCameraTest::faultsCombineAndTheSeedRepeatsThem()
+{
+    const auto receivedWith = [](const QString& seed) {
+        CameraProgram camera({"--noise", "--split", "--reply-length", "2", "--seed", seed});
+        Controller controller(camera.path());
+        controller.send(driveUp);
+        static_cast<void>(QTest::qWaitFor([&] { return controller.received().endsWith("90 51 00 ff"); }));
+        return controller.received();
+    };
+    const QByteArray once = receivedWith("7");
+    QVERIFY2(once.contains("90 41 00 ff"), once.constData());
+    QVERIFY2(once.endsWith("90 51 00 ff"), once.constData());
+    QCOMPARE(receivedWith("7"), once);
+    QVERIFY(receivedWith("8") != once);
+}
+
+void VantrelCameraTest::hangsUpAndComesBackAtTheSameLink()
+{
+    const QTemporaryDir folder;
+    const QString link = folder.filePath("camera");
+    CameraProgram camera({"--link", link, "--hang-up-after", "1", "--come-back-after", "0.5"});
+    QTRY_COMPARE(camera.lines().size(), 2);
+    {
+        Controller controller(link);
+        QVERIFY(!controller.isHungUp());
+        QTRY_VERIFY(controller.isHungUp());
+        QVERIFY2(!QFileInfo(link).isSymLink(), "a pulled adapter has no device");
+    }
+    const QString newPath = camera.path(2);
+    QTRY_COMPARE(camera.lines().mid(2), QStringList({"Hung up", "Camera at " + newPath, "Link at " + link}));
+    QCOMPARE(QFileInfo(link).symLinkTarget(), newPath);
+    Controller controller(link);
+    controller.send(driveUp);
+    QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
+}
+
+void VantrelCameraTest::theCameraKeepsItsPositionWhileUnplugged()
+{
+    CameraProgram camera({"--hang-up-after", "1", "--come-back-after", "0.1"});
+    {
+        Controller controller(camera.path());
+        controller.send(QByteArray(driveUp) + "81 01 06 01 05 05 03 03 ff");
+        QTRY_COMPARE(camera.lines("->").size(), 4);
+    }
+    Controller controller(camera.path(2));
+    controller.send("81 09 06 12 ff");
+    // It drove for the time of one video frame, 17 ms: three steps up.
+    QTRY_COMPARE(controller.received(), QByteArray("90 50 00 00 00 00 00 00 00 03 ff"));
+}
+
+void VantrelCameraTest::helpAndVersionAreTold_data()
+{
+    QTest::addColumn<QString>("option");
+    QTest::addColumn<QString>("told");
+
+    QTest::newRow("help") << "--help"
+                          << "--reply-length <N>";
+    QTest::newRow("short help") << "-h"
+                                << "--reply-length <N>";
+    QTest::newRow("version") << "--version"
+                             << "vantrel-camera ";
+}
+
+void VantrelCameraTest::helpAndVersionAreTold()
+{
+    QFETCH(QString, option);
+    QFETCH(QString, told);
+    CameraProgram camera({option});
+    QCOMPARE(camera.exitStatus(), 0);
+    QVERIFY2(camera.lines().join('\n').contains(told), qPrintable(camera.lines().join('\n')));
+}
+
+void VantrelCameraTest::aBadOptionIsAClearErrorWithStatus2_data()
+{
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<QString>("complaint");
+
+    const auto row = [](const char* name, const QStringList& options, const QString& complaint) {
+        QTest::newRow(name) << options << complaint;
+    };
+    row("unknown", {"--speed"}, "Unknown option 'speed'");
+    row("unknown letter", {"-x"}, "Unknown option 'x'");
+    row("argument", {"COM1"}, "unexpected argument \"COM1\"");
+    row("value for a switch", {"--strict=yes"}, "Unexpected value after '--strict'");
+    row("no value", {"--late"}, "Missing value after '--late'");
+    row("late not a number", {"--late", "soon"},
+        "--late takes a whole number from 0 to 600000, not \"soon\"");
+    row("late negative", {"--late=-1"}, "--late takes");
+    row("late with a fraction", {"--late", "1.5"}, "--late takes");
+    row("late too late", {"--late", "600001"}, "--late takes");
+    row("length negative", {"--reply-length=-1"}, "--reply-length takes a whole number from 0 to 65535");
+    row("length too long", {"--reply-length", "65536"}, "--reply-length takes");
+    row("seed empty", {"--seed="}, "--seed takes");
+    row("seed too large", {"--seed", "4294967296"}, "--seed takes");
+    row("hang up never", {"--hang-up-after", "never"}, "--hang-up-after takes seconds from 0 to 86400");
+    row("hang up before", {"--hang-up-after=-1"}, "--hang-up-after takes");
+    row("hang up at nan", {"--hang-up-after", "nan"}, "--hang-up-after takes");
+    row("hang up at inf", {"--hang-up-after", "inf"}, "--hang-up-after takes");
+    row("come back bad", {"--hang-up-after", "1", "--come-back-after", "x"},
+        "--come-back-after takes seconds");
+    row("come back alone", {"--come-back-after", "1"}, "--come-back-after needs --hang-up-after");
+    row("link empty", {"--link="}, "--link takes a path");
+    row("link nowhere", {"--link", "/no/such/folder/camera"}, "cannot make the link /no/such/folder/camera");
+}
+
+void VantrelCameraTest::aBadOptionIsAClearErrorWithStatus2()
+{
+    QFETCH(QStringList, options);
+    QFETCH(QString, complaint);
+    CameraProgram camera(options);
+    QCOMPARE(camera.exitStatus(), 2);
+    const QString told = QString::fromLocal8Bit(camera.process.readAllStandardError());
+    QVERIFY2(told.startsWith("vantrel-camera: " + complaint), qPrintable(told));
+    QCOMPARE(told.count('\n'), 1);
+    QVERIFY(camera.lines().isEmpty());
+}
+
+QTEST_GUILESS_MAIN(VantrelCameraTest)
+#include "VantrelCameraTest.moc"

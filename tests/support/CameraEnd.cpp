@@ -1,0 +1,50 @@
+#include "support/CameraEnd.h"
+
+#include <QDeadlineTimer>
+#include <QThread>
+#include <QtTest>
+
+QByteArray CameraEnd::nextFrame()
+{
+    constexpr char terminator = '\xFF';
+    static_cast<void>(QTest::qWaitFor([this] {
+        receive();
+        return received.contains(terminator);
+    }));
+
+    const int end = received.indexOf(terminator);
+    return remove(end < 0 ? received.size() : end + 1);
+}
+
+QByteArray CameraEnd::take(int count)
+{
+    // The system hands bytes from one end of the line to the other in its own time.
+    for (const QDeadlineTimer deadline(5000); received.size() < count && !deadline.hasExpired();) {
+        QThread::msleep(1);
+        receive();
+    }
+    return remove(count);
+}
+
+QByteArray CameraEnd::pending()
+{
+    receive();
+    return received.toHex(' ');
+}
+
+void CameraEnd::reply(const QByteArray& hex)
+{
+    terminal.write(QByteArray::fromHex(hex));
+}
+
+QByteArray CameraEnd::remove(int count)
+{
+    const QByteArray bytes = received.left(count);
+    received.remove(0, count);
+    return bytes.toHex(' ');
+}
+
+void CameraEnd::receive()
+{
+    received += terminal.read();
+}

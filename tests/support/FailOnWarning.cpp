@@ -1,0 +1,32 @@
+#include <QCoreApplication>
+#include <QtTest>
+
+// A warning of Qt, a misspelt connection for one, fails the test during which it comes. QT_FATAL_WARNINGS
+// cannot do this: it knows no exception, and the offscreen platform warns whenever a window or tooltip is
+// shown.
+namespace {
+
+constexpr char OffscreenNotice[] = "This plugin does not support ";
+
+QtMessageHandler testLog = nullptr;
+
+void failOnWarning(QtMsgType type, const QMessageLogContext& context, const QString& message)
+{
+    if (message.startsWith(OffscreenNotice))
+        return;
+
+    testLog(type, context, message);
+    if (type == QtWarningMsg || type == QtCriticalMsg)
+        QTest::qFail(qPrintable("Qt warned: " + message), __FILE__, __LINE__);
+}
+
+void watchWarnings()
+{
+    const QtMessageHandler previous = qInstallMessageHandler(failOnWarning);
+    if (previous != failOnWarning)
+        testLog = previous;
+}
+
+} // namespace
+
+Q_COREAPP_STARTUP_FUNCTION(watchWarnings)

@@ -1,0 +1,123 @@
+#include "support/Form.h"
+
+#include <QAccessible>
+#include <QAction>
+#include <QRegularExpression>
+#include <QWidget>
+#include <QtTest>
+
+QString BracketTranslator::translate(const char* context, const char* source, const char* disambiguation,
+                                     int n) const
+{
+    Q_UNUSED(disambiguation)
+    Q_UNUSED(n)
+    return context == ownContext ? '<' + QString(source) + '>' : QString();
+}
+
+QObject* formObject(QWidget* window, const char* name)
+{
+    if (!*name)
+        return window;
+    auto* object = window->findChild<QObject*>(name);
+    if (!object)
+        qFatal("there is no %s", name);
+    return object;
+}
+
+QString outline(QLayout* layout)
+{
+    QStringList items;
+    for (int i = 0; i < layout->count(); ++i) {
+        QLayoutItem* item = layout->itemAt(i);
+        if (item->layout())
+            items.append(outline(item->layout()));
+        else
+            items.append(item->widget() ? item->widget()->objectName() : "spacer");
+    }
+    return layout->objectName() + '(' + items.join(' ') + ')';
+}
+
+QStringList styleRules(const QString& styleSheet)
+{
+    static const QRegularExpression rulePattern("([^{}]+)\\{([^{}]*)\\}");
+
+    QStringList rules;
+    auto matches = rulePattern.globalMatch(styleSheet);
+    while (matches.hasNext()) {
+        const QRegularExpressionMatch rule = matches.next();
+        QStringList declarations;
+        const auto parts = rule.captured(2).split(';');
+        for (const QString& part : parts) {
+            if (!part.trimmed().isEmpty())
+                declarations.append(part.trimmed());
+        }
+        rules.append(rule.captured(1).trimmed() + " { " + declarations.join("; ") + " }");
+    }
+    return rules;
+}
+
+QStringList sharedStyleRules()
+{
+    return {
+        "QGroupBox { color : white; margin-top : 2ex; border-radius : 5px; padding : 8px; "
+        "padding-top : 13px; border-style: outset; border-width: 2px; border-color: #1f1f1f }",
+        "QMenuBar#menuBar { background : grey; color : white; border-bottom-style: outset; "
+        "border-bottom-width: 1px; border-bottom-color: #222222 }",
+        "QMenu { background : grey; color : #1f1f1f }",
+        "QMenu::item:selected { background : #c9c9c9 }",
+        "QStatusBar#statusBar { background : grey; color : white; border-top-style: outset; "
+        "border-top-width: 1px; border-top-color: #222222 }",
+        "QPushButton { color : white; background : grey; padding : 8px 5px; border-radius : 3px; "
+        "min-width : 60px }",
+        "QPushButton:hover { background : #c9c9c9 }",
+        "QPushButton:pressed { background : #474747 }",
+        "QPushButton:disabled { color : #474747 }",
+        "QLineEdit { color : white; background : #111111; padding : 3px; border-radius : 3px; "
+        "border-color : white; border-width : 1px }",
+        "QComboBox { color : white; background : #111111; padding : 3px; min-width : 40px; "
+        "border-radius : 3px }",
+        "QComboBox::drop-down {  }",
+        "QComboBox QAbstractItemView { background-color : black; color : white }",
+        "QSlider::handle { background : grey }",
+        "QSlider::handle:hover { background : #c9c9c9 }",
+        "QSlider::handle:pressed { background : #474747 }",
+        "QLabel { color : white }",
+        "QRadioButton { color : white }",
+        "QCheckBox { color : white }",
+        "QRadioButton::indicator { border-style: outset; border-width: 2px; border-color: #1f1f1f; "
+        "background : white; border-radius : 6px }",
+        "QRadioButton::indicator:checked { border-style: outset; border-width: 2px; border-color: white; "
+        "background : #1f1f1f; border-radius : 6px }",
+        "QCheckBox::indicator { border-style: outset; border-width: 2px; border-color: #1f1f1f; "
+        "background : white }",
+        "QCheckBox::indicator:checked { border-style: outset; border-width: 2px; border-color: white; "
+        "background : #1f1f1f }",
+    };
+}
+
+QStringList namedChildren(const QObject* parent)
+{
+    QStringList names;
+    for (const QObject* child : parent->children()) {
+        if (child->isWidgetType() || qobject_cast<const QAction*>(child))
+            names.append(QString(child->metaObject()->className()) + ' ' + child->objectName());
+    }
+    return names;
+}
+
+QString accessibleName(QWidget* widget)
+{
+    return QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name);
+}
+
+QStringList tabOrder(QWidget* first)
+{
+    QStringList names;
+    first->setFocus();
+    do {
+        names.append(QApplication::focusWidget()->objectName());
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+    } while (QApplication::focusWidget() != first &&
+             !names.contains(QApplication::focusWidget()->objectName()));
+    return names;
+}

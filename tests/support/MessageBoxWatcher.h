@@ -1,0 +1,57 @@
+#pragma once
+
+#include <QDeadlineTimer>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+#include <QTimer>
+#include <QVector>
+
+#include <functional>
+
+class QMessageBox;
+
+/**
+ * The user in front of a message box: reads each box that opens and presses its button. It may be created
+ * before the application object, to be there for a box that opens while the program starts. One at a time.
+ */
+class MessageBoxWatcher : public QObject
+{
+public:
+    struct Box
+    {
+        QString title;
+        QString text;
+        QStringList buttons;
+    };
+
+    MessageBoxWatcher();
+    ~MessageBoxWatcher() override;
+
+    /** The boxes that have been read and dismissed, in that order: of boxes on top of each other, the topmost
+     * first. */
+    QVector<Box> boxes() const { return seen; }
+
+    /** The texts of boxes(). */
+    QStringList texts() const;
+
+    /** What to do once, with the next box open, before its button is pressed. */
+    void whenOpen(std::function<void()> action) { whileOpen = std::move(action); }
+
+    /** Leaves every box open until this is true for the first time, for five seconds at most. */
+    void holdUntil(std::function<bool()> condition);
+
+    /** How many message boxes are on the screen now. */
+    static int openCount();
+
+private:
+    void start();
+    void readTopmostBox();
+    static void startWithApplication();
+
+    QTimer* poll = nullptr;
+    QVector<Box> seen;
+    std::function<void()> whileOpen;
+    std::function<bool()> mayPress;
+    QDeadlineTimer holdEnd;
+};
