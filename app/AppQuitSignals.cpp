@@ -3,21 +3,24 @@
 #include <QCoreApplication>
 #include <QSocketNotifier>
 
+#include <cerrno>
 #include <csignal>
 #include <fcntl.h>
 #include <unistd.h>
 
 namespace {
 
-constexpr int QuitSignals[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr int QuitSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGPIPE};
 
 // A signal handler may do next to nothing: it puts a byte into this pipe, and the event loop does the rest.
 int pipeEnds[2] = {-1, -1};
 
 void requestQuit(int)
 {
+    const int savedError = errno;
     const char byte = 0;
     static_cast<void>(!write(pipeEnds[1], &byte, 1));
+    errno = savedError;
 }
 
 } // namespace
@@ -30,6 +33,8 @@ AppQuitSignals::AppQuitSignals(QObject* parent)
     for (const int end : pipeEnds)
         fcntl(end, F_SETFD, FD_CLOEXEC);
 
+    // The byte is never read: a quit asked for while the start-up's error box is open holds for the event
+    // loop that follows, too.
     auto* notifier = new QSocketNotifier(pipeEnds[0], QSocketNotifier::Read, this);
     connect(notifier, SIGNAL(activated(int)), QCoreApplication::instance(), SLOT(quit()));
 

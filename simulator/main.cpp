@@ -1,23 +1,17 @@
 #include "CameraView.h"
 #include "SerialCamera.h"
+#include "app/AppQuitSignals.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QCoreApplication>
-#include <QSocketNotifier>
 #include <QTextStream>
 
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 #include <optional>
-
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace {
 
@@ -146,33 +140,6 @@ Settings readCommandLine(const QCoreApplication& application)
     return settings;
 }
 
-// Signal handlers may do next to nothing; a byte through this pipe ends the event loop, and the link is
-// removed. SIGPIPE is among them for a reader of the output that went away.
-std::array<int, 2> quitPipe;
-
-void requestQuit(int)
-{
-    const int savedError = errno;
-    [[maybe_unused]] const ssize_t written = write(quitPipe[1], "", 1);
-    errno = savedError;
-}
-
-bool catchQuitSignals()
-{
-    if (pipe(quitPipe.data()) != 0)
-        return false;
-    for (const int end : quitPipe)
-        fcntl(end, F_SETFD, FD_CLOEXEC);
-    fcntl(quitPipe[1], F_SETFL, O_NONBLOCK);
-
-    struct sigaction action = {};
-    action.sa_handler = requestQuit;
-    action.sa_flags = SA_RESTART;
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGPIPE})
-        sigaction(signal, &action, nullptr);
-    return true;
-}
-
 // Qt aborts where it finds no display; this ends the program in good order instead.
 void failWithoutDisplay(QtMsgType type, const QMessageLogContext&, const QString&)
 {
@@ -207,11 +174,8 @@ int main(int argc, char* argv[])
     QCoreApplication::setApplicationVersion(VANTREL_VERSION);
     const Settings settings = readCommandLine(*application);
 
-    if (!catchQuitSignals())
-        fail(qt_error_string(errno), EXIT_FAILURE);
-    const QSocketNotifier quitNotifier(quitPipe[0], QSocketNotifier::Read);
-    QObject::connect(&quitNotifier, &QSocketNotifier::activated, application.get(), &QCoreApplication::quit);
-
+    // They end the event loop, and the link is removed.
+    const AppQuitSignals quitSignals(nullptr);
     SerialCamera camera(settings.busyRules, settings.faults, settings.link);
     QObject::connect(&camera, &SerialCamera::reported, application.get(), printLine);
     std::optional<CameraView> view;
