@@ -1,0 +1,538 @@
+#include "support/Desk.h"
+
+#include <QAbstractButton>
+#include <QLabel>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSerialPort>
+#include <QStatusBar>
+#include <QStyle>
+
+#include <csignal>
+
+// The process entry under another name, so that a test can run it and see what it returns.
+#define main vantrelMain
+#include "app/main.cpp" // NOLINT(bugprone-suspicious-include)
+#undef main
+
+namespace {
+
+constexpr int GiveUpMs = 5000;
+constexpr int GaveUp = 125;
+
+// An account whose port setting names a line with a camera at its other end.
+struct AccountWithCamera
+{
+    AccountWithCamera() { profile.store("comport", camera.portName()); }
+
+    PrivateProfile profile;
+    CameraEnd camera;
+    MessageBoxWatcher user;
+};
+
+int runMain()
+{
+    char name[] = "Vantrel";
+    char* arguments[] = {name, nullptr};
+    return vantrelMain(1, arguments);
+}
+
+// Runs `action` from the event loop of the next program, once its window is on the screen.
+class WhenWindowIsShown
+{
+public:
+    explicit WhenWindowIsShown(std::function<void()> action)
+    {
+        next() = std::move(action);
+        static const bool registered = (qAddPreRoutine(&WhenWindowIsShown::watch), true);
+        Q_UNUSED(registered)
+    }
+
+private:
+    static void watch()
+    {
+        if (!next())
+            return;
+        auto* timer = new QTimer(QCoreApplication::instance());
+        QObject::connect(timer, &QTimer::timeout, timer, [timer] {
+            if (!vantrelApp()->mainWin || !vantrelApp()->mainWin->isVisible())
+                return;
+            timer->stop();
+            std::exchange(next(), nullptr)();
+        });
+        timer->start(1);
+        // A window that never comes must not hold up the test.
+        QTimer::singleShot(GiveUpMs, timer, [] { QCoreApplication::exit(GaveUp); });
+    }
+
+    static std::function<void()>& next()
+    {
+        static std::function<void()> action;
+        return action;
+    }
+};
+
+bool storeIsFirst = false;
+
+// The store's constructor writes to the debug output.
+void lookAtTheStart(QtMsgType type, const QMessageLogContext&, const QString&)
+{
+    if (type == QtDebugMsg)
+        storeIsFirst = vantrelApp() && !vantrelApp()->serial && !vantrelApp()->mainWin;
+}
+
+} // namespace
+
+class ApplicationTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void mainReturnsWhatTheEventLoopReturned_data();
+    void mainReturnsWhatTheEventLoopReturned();
+    void closingTheWindowEndsTheProgramWithSuccess();
+    void mainAsksForHighDpiScalingAndDesktopSettings();
+    void mainDestroysTheProgramBeforeItReturns();
+
+    void quitSignalEndsTheProgramWithSuccess_data();
+    void quitSignalEndsTheProgramWithSuccess();
+    void quitSignalStopsAMovingCamera();
+    void quitSignalStoresPendingSettings();
+    void signalsHaveTheirDefaultMeaningAfterTheExit();
+
+    void argumentsGoToQtWhichTakesItsOwn();
+    void argumentsStayValidForTheWholeRun();
+
+    void settingsStoreIsCreatedFirst();
+    void storeAndLinkAreThereBeforeTheWindow();
+    void longLivedObjectsHaveNoParent();
+    void windowIsShownAtStart();
+    void missingPortShowsItsErrorBeforeTheWindow();
+    void emptyPortSettingIsReportedLikeAMissingPort();
+
+    void windowGoesBeforeTheStoreAndTheStoreBeforeTheLink();
+    void noSignalOfTheLinkReachesTheWindowAtExit();
+    void applicationIsThereUntilTheLinkHasGone();
+    void programStartsAgainAfterItsExit();
+
+    void messageIsShownUnchanged_data();
+    void messageIsShownUnchanged();
+    void messageBoxHasOneOkButtonAndNothingElse();
+    void messageBoxIsParentlessAndBlocksTheWholeProgram();
+    void messageReturnsWhenTheBoxIsDismissed();
+    void messageIsDismissedByEscape();
+    void repliesAreLoggedWhileAMessageIsOpen();
+    void aSecondMessageStacksOnTheFirst();
+};
+
+void ApplicationTest::mainReturnsWhatTheEventLoopReturned_data()
+{
+    QTest::addColumn<int>("status");
+    QTest::newRow("success") << 0;
+    QTest::newRow("failure") << 1;
+    QTest::newRow("any value") << 42;
+}
+
+void ApplicationTest::mainReturnsWhatTheEventLoopReturned()
+{
+    QFETCH(int, status);
+    AccountWithCamera account;
+    WhenWindowIsShown exit([status] { QCoreApplication::exit(status); });
+
+    QCOMPARE(runMain(), status);
+}
+
+void ApplicationTest::closingTheWindowEndsTheProgramWithSuccess()
+{
+    AccountWithCamera account;
+    WhenWindowIsShown close([] { vantrelApp()->mainWin->close(); });
+
+    QCOMPARE(runMain(), 0);
+}
+
+void ApplicationTest::mainAsksForHighDpiScalingAndDesktopSettings()
+{
+    QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling, false);
+    QGuiApplication::setDesktopSettingsAware(false);
+    AccountWithCamera account;
+    bool scaling = false;
+    bool desktopSettings = false;
+    WhenWindowIsShown exit([&] {
+        scaling = QCoreApplication::testAttribute(Qt::AA_EnableHighDpiScaling);
+        desktopSettings = QGuiApplication::desktopSettingsAware();
+        QCoreApplication::quit();
+    });
+
+    runMain();
+
+    QVERIFY(scaling);
+    QVERIFY(desktopSettings);
+}
+
+void ApplicationTest::mainDestroysTheProgramBeforeItReturns()
+{
+    AccountWithCamera account;
+    QPointer<QObject> link;
+    WhenWindowIsShown exit([&link] {
+        link = vantrelApp()->serial;
+        QCoreApplication::quit();
+    });
+
+    runMain();
+
+    QVERIFY(!link);
+    QVERIFY(!QCoreApplication::instance());
+}
+
+void ApplicationTest::quitSignalEndsTheProgramWithSuccess_data()
+{
+    QTest::addColumn<int>("number");
+    QTest::newRow("interrupt") << SIGINT;
+    QTest::newRow("terminate") << SIGTERM;
+    QTest::newRow("hang up") << SIGHUP;
+}
+
+void ApplicationTest::quitSignalEndsTheProgramWithSuccess()
+{
+    QFETCH(int, number);
+    AccountWithCamera account;
+    WhenWindowIsShown interrupt([number] { QCOMPARE(std::raise(number), 0); });
+
+    QCOMPARE(runMain(), 0);
+}
+
+void ApplicationTest::quitSignalStopsAMovingCamera()
+{
+    AccountWithCamera account;
+    WhenWindowIsShown interrupt([] {
+        QTest::mousePress(vantrelApp()->mainWin->findChild<QPushButton*>("upBtn"), Qt::LeftButton);
+        QCOMPARE(std::raise(SIGTERM), 0);
+    });
+
+    QCOMPARE(runMain(), 0);
+
+    QCOMPARE(account.profile.log(), QStringList({"MoveUp", "MoveStop"}));
+    QCOMPARE(account.camera.take(18), "81 01 06 01 05 05 03 01 ff 81 01 06 01 05 05 03 03 ff");
+}
+
+void ApplicationTest::quitSignalStoresPendingSettings()
+{
+    AccountWithCamera account;
+    WhenWindowIsShown interrupt([] {
+        vantrelApp()->settingsManager->setPanSpeed(9);
+        QCOMPARE(std::raise(SIGTERM), 0);
+    });
+
+    QCOMPARE(runMain(), 0);
+
+    QCOMPARE(account.profile.stored("panspeed").toInt(), 9);
+}
+
+void ApplicationTest::signalsHaveTheirDefaultMeaningAfterTheExit()
+{
+    {
+        const Desk desk;
+    }
+
+    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction action = {};
+        QCOMPARE(sigaction(number, nullptr, &action), 0);
+        QVERIFY(action.sa_handler == SIG_DFL);
+    }
+}
+
+void ApplicationTest::argumentsGoToQtWhichTakesItsOwn()
+{
+    AccountWithCamera account;
+    char name[] = "Vantrel";
+    char option[] = "-style";
+    char style[] = "windows";
+    char other[] = "--preset";
+    char* arguments[] = {name, option, style, other, nullptr};
+
+    const VantrelApp app(4, arguments);
+
+    QCOMPARE(QApplication::style()->objectName(), "windows");
+    QCOMPARE(QCoreApplication::arguments(), QStringList({"Vantrel", "--preset"}));
+}
+
+void ApplicationTest::argumentsStayValidForTheWholeRun()
+{
+    AccountWithCamera account;
+    char name[] = "Vantrel";
+    char first[] = "one";
+    char* arguments[] = {name, first, nullptr};
+    const auto start = [&arguments] { return std::make_unique<VantrelApp>(2, arguments); };
+
+    const auto app = start();
+    QTest::qWait(0);
+
+    QCOMPARE(QCoreApplication::arguments(), QStringList({"Vantrel", "one"}));
+}
+
+void ApplicationTest::settingsStoreIsCreatedFirst()
+{
+    AccountWithCamera account;
+    const QtMessageHandler oldHandler = qInstallMessageHandler(lookAtTheStart);
+
+    const Program program;
+    qInstallMessageHandler(oldHandler);
+
+    QVERIFY(storeIsFirst);
+}
+
+void ApplicationTest::storeAndLinkAreThereBeforeTheWindow()
+{
+    const PrivateProfile profile;
+    MessageBoxWatcher user;
+    bool windowIsUnderConstruction = false;
+    user.whenOpen([&] {
+        windowIsUnderConstruction =
+            vantrelApp()->settingsManager && vantrelApp()->serial && !vantrelApp()->mainWin;
+    });
+
+    const Program program;
+
+    QVERIFY(windowIsUnderConstruction);
+    QVERIFY(program.app.mainWin);
+}
+
+void ApplicationTest::longLivedObjectsHaveNoParent()
+{
+    const Desk desk;
+
+    QVERIFY(!desk.program->app.mainWin->parent());
+    QVERIFY(desk.program->app.mainWin->isWindow());
+    QVERIFY(!desk.settings()->parent());
+    QVERIFY(!desk.link()->parent());
+}
+
+void ApplicationTest::windowIsShownAtStart()
+{
+    const Desk desk;
+
+    QVERIFY(desk.program->app.mainWin->isVisible());
+    QCOMPARE(desk.user.boxes().size(), 0);
+    QCOMPARE(desk.find<QPushButton>("connectBtn")->text(), "Disconnect");
+}
+
+void ApplicationTest::missingPortShowsItsErrorBeforeTheWindow()
+{
+    const PrivateProfile profile;
+    MessageBoxWatcher user;
+    bool windowWasVisible = false;
+    user.whenOpen([&windowWasVisible] {
+        const auto widgets = QApplication::topLevelWidgets();
+        for (const QWidget* widget : widgets)
+            windowWasVisible |= widget->isVisible() && widget->inherits("AppMainWin");
+    });
+
+    const Program program;
+
+    QCOMPARE(user.boxes().size(), 1);
+    QCOMPARE(user.boxes().constFirst().title, "Vantrel");
+    QCOMPARE(user.boxes().constFirst().text, program.app.serial->findChild<QSerialPort*>()->errorString());
+    QVERIFY(!user.boxes().constFirst().text.isEmpty());
+    QVERIFY(!windowWasVisible);
+    QVERIFY(program.app.mainWin->isVisible());
+    QCOMPARE(program.find<QPushButton>("connectBtn")->text(), "Connect");
+    QCOMPARE(program.find<QStatusBar>("statusBar")->findChild<QLabel*>()->text(), "");
+}
+
+void ApplicationTest::emptyPortSettingIsReportedLikeAMissingPort()
+{
+    const PrivateProfile profile;
+    profile.store("comport", "");
+    const MessageBoxWatcher user;
+
+    const Program program;
+
+    QCOMPARE(user.boxes().size(), 1);
+    QVERIFY(program.app.mainWin->isVisible());
+    QCOMPARE(program.find<QPushButton>("connectBtn")->text(), "Connect");
+}
+
+void ApplicationTest::windowGoesBeforeTheStoreAndTheStoreBeforeTheLink()
+{
+    AccountWithCamera account;
+    QStringList gone;
+    {
+        const Program program;
+        connect(program.app.mainWin, &QObject::destroyed, [&gone] { gone.append("window"); });
+        connect(program.app.settingsManager, &QObject::destroyed, [&gone] { gone.append("store"); });
+        connect(program.app.serial, &AppVantrelSerial::onDeviceDisconnected,
+                [&gone] { gone.append("disconnected"); });
+        connect(program.app.serial, &QObject::destroyed, [&gone] { gone.append("link"); });
+    }
+
+    QCOMPARE(gone, QStringList({"window", "store", "disconnected", "link"}));
+}
+
+void ApplicationTest::noSignalOfTheLinkReachesTheWindowAtExit()
+{
+    AccountWithCamera account;
+    bool windowIsGone = false;
+    {
+        const Program program;
+        const QPointer<QWidget> window = program.app.mainWin;
+        connect(program.app.serial, &AppVantrelSerial::onDeviceDisconnected,
+                [&windowIsGone, window] { windowIsGone = window.isNull(); });
+    }
+
+    QVERIFY(windowIsGone);
+}
+
+void ApplicationTest::applicationIsThereUntilTheLinkHasGone()
+{
+    AccountWithCamera account;
+    bool present = false;
+    {
+        const Program program;
+        connect(program.app.serial, &QObject::destroyed,
+                [&present] { present = qobject_cast<QApplication*>(QCoreApplication::instance()); });
+    }
+
+    QVERIFY(present);
+    QVERIFY(!QCoreApplication::instance());
+}
+
+void ApplicationTest::programStartsAgainAfterItsExit()
+{
+    AccountWithCamera account;
+    for (int start = 0; start < 3; ++start) {
+        const Program program;
+        QVERIFY(program.app.serial->isConnected());
+    }
+    QCOMPARE(account.user.texts(), QStringList());
+}
+
+void ApplicationTest::messageIsShownUnchanged_data()
+{
+    QTest::addColumn<QString>("message");
+    QTest::newRow("text") << "Preset No5 is set.";
+    QTest::newRow("empty") << "";
+    QTest::newRow("blanks around") << "  text  ";
+    QTest::newRow("lines") << "one\ntwo\n";
+    QTest::newRow("markup") << "<b>bold</b> &amp; %1 %s &File";
+    QTest::newRow("long") << QString(5000, 'x');
+    QTest::newRow("not Latin") << QString::fromUtf8("Kamera größer カメラ 🎥");
+}
+
+void ApplicationTest::messageIsShownUnchanged()
+{
+    QFETCH(QString, message);
+    Desk desk;
+
+    desk.program->app.showMessage(message);
+
+    QCOMPARE(desk.user.boxes().size(), 1);
+    QCOMPARE(desk.user.boxes().constFirst().title, "Vantrel");
+    QCOMPARE(desk.user.boxes().constFirst().text, message);
+}
+
+void ApplicationTest::messageBoxHasOneOkButtonAndNothingElse()
+{
+    Desk desk;
+    QMessageBox::StandardButtons buttons;
+    QMessageBox::Icon icon = QMessageBox::Critical;
+    QString furtherText = "none";
+    desk.user.whenOpen([&] {
+        const auto* box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        buttons = box->standardButtons();
+        icon = box->icon();
+        furtherText = box->informativeText() + box->detailedText();
+    });
+
+    desk.program->app.showMessage("");
+
+    QCOMPARE(buttons, QMessageBox::Ok);
+    QCOMPARE(desk.user.boxes().constFirst().buttons.size(), 1);
+    QCOMPARE(icon, QMessageBox::NoIcon);
+    QCOMPARE(furtherText, "");
+}
+
+void ApplicationTest::messageBoxIsParentlessAndBlocksTheWholeProgram()
+{
+    Desk desk;
+    bool parentless = false;
+    Qt::WindowModality modality = Qt::NonModal;
+    desk.user.whenOpen([&] {
+        const QWidget* box = QApplication::activeModalWidget();
+        parentless = !box->parent();
+        modality = box->windowModality();
+    });
+
+    desk.program->app.showMessage("text");
+
+    QVERIFY(parentless);
+    QCOMPARE(modality, Qt::ApplicationModal);
+}
+
+void ApplicationTest::messageReturnsWhenTheBoxIsDismissed()
+{
+    Desk desk;
+    bool returned = false;
+    bool returnedWhileOpen = true;
+    QPointer<QWidget> box;
+    desk.user.whenOpen([&] {
+        box = QApplication::activeModalWidget();
+        returnedWhileOpen = returned;
+    });
+
+    desk.program->app.showMessage("text");
+    returned = true;
+
+    QVERIFY(!returnedWhileOpen);
+    QVERIFY(!box);
+    QVERIFY(desk.program->app.mainWin->isVisible());
+}
+
+void ApplicationTest::messageIsDismissedByEscape()
+{
+    Desk desk;
+    bool pressed = false;
+    desk.user.whenOpen([&pressed] {
+        QTest::keyClick(QApplication::activeModalWidget(), Qt::Key_Escape);
+        pressed = QApplication::activeModalWidget() == nullptr;
+    });
+
+    desk.program->app.showMessage("text");
+
+    QVERIFY(pressed);
+}
+
+void ApplicationTest::repliesAreLoggedWhileAMessageIsOpen()
+{
+    Desk desk;
+    QStringList log;
+    desk.user.whenOpen([&] {
+        desk.camera.reply("90 41 ff");
+        QTRY_COMPARE(desk.profile.log().size(), 3);
+        log = desk.profile.log();
+    });
+
+    desk.program->app.showMessage("text");
+
+    QCOMPARE(log, QStringList({"9041ff", "Analyze Buffer", "-90-41-ff-3"}));
+}
+
+void ApplicationTest::aSecondMessageStacksOnTheFirst()
+{
+    Desk desk;
+    QStringList returned;
+    desk.user.holdUntil([] { return MessageBoxWatcher::openCount() == 2; });
+    QTimer::singleShot(0, &desk.program->app, [&] {
+        desk.program->app.showMessage("second");
+        returned.append("second");
+    });
+
+    desk.program->app.showMessage("first");
+    returned.append("first");
+
+    QCOMPARE(desk.user.texts(), QStringList({"second", "first"}));
+    QCOMPARE(returned, QStringList({"second", "first"}));
+}
+
+QTEST_APPLESS_MAIN(ApplicationTest)
+
+#include "ApplicationTest.moc"

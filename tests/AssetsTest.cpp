@@ -1,0 +1,171 @@
+#include <QDir>
+#include <QFile>
+#include <QImage>
+#include <QResource>
+#include <QtTest>
+
+namespace {
+
+struct Asset
+{
+    const char* name;
+    int width;
+    int height;
+};
+
+constexpr Asset Logo{"Vantrel.png", 300, 53};
+constexpr Asset Strips[] = {
+    {"down.png", 60, 180},    {"home.png", 60, 180},    {"left.png", 60, 180},    {"play.png", 30, 90},
+    {"preset1.png", 60, 180}, {"preset2.png", 60, 180}, {"preset3.png", 60, 180}, {"preset4.png", 60, 180},
+    {"preset5.png", 60, 180}, {"preset6.png", 60, 180}, {"preset7.png", 60, 180}, {"preset8.png", 60, 180},
+    {"preset9.png", 60, 180}, {"right.png", 60, 180},   {"setting.PNG", 30, 90},  {"up.png", 60, 180},
+    {"zoomin.png", 60, 180},  {"zoomout.png", 60, 180},
+};
+
+QString path(const Asset& asset)
+{
+    return QString(":/assets/") + asset.name;
+}
+
+QByteArray content(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+// One of the three square pictures of a strip, from the top.
+QImage frame(const QImage& strip, int index)
+{
+    return strip.copy(0, index * strip.width(), strip.width(), strip.width());
+}
+
+bool isBlank(const QImage& image)
+{
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (image.pixelColor(x, y).alpha() != 0)
+                return false;
+        }
+    }
+    return true;
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(Asset)
+
+// What the resource compiler makes of the collection "vantrel".
+int qInitResources_vantrel();
+int qCleanupResources_vantrel();
+
+/** The images that are compiled into the program. They need no application object, so there is none here. */
+class AssetsTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+
+    void theCollectionHoldsTheseImagesAndNothingElse()
+    {
+        QStringList expected{Logo.name};
+        for (const Asset& strip : Strips)
+            expected.append(strip.name);
+        expected.sort();
+
+        QCOMPARE(QDir(":/assets").entryList(QDir::NoFilter, QDir::Name), expected);
+        QCOMPARE(expected.size(), 19);
+    }
+
+    void theCollectionIsThereBeforeTheApplication()
+    {
+        QVERIFY(!QCoreApplication::instance());
+        QVERIFY(QFile::exists(":/assets/up.png"));
+    }
+
+    void theCollectionCanBeTakenAwayAndPutBack()
+    {
+        QCOMPARE(qCleanupResources_vantrel(), 1);
+        QVERIFY(!QFile::exists(":/assets/up.png"));
+        QCOMPARE(qInitResources_vantrel(), 1);
+        QVERIFY(QFile::exists(":/assets/up.png"));
+    }
+
+    void anImageHasItsSizeAndTransparency_data()
+    {
+        strips();
+        QTest::newRow(Logo.name) << Logo;
+    }
+
+    void anImageHasItsSizeAndTransparency()
+    {
+        QFETCH(Asset, asset);
+        QCOMPARE(QImage(path(asset)).size(), QSize(asset.width, asset.height));
+
+        // PNG: the header chunk holds the bits per channel at byte 24 of the file, the colour type at 25.
+        const QByteArray png = content(path(asset));
+        QVERIFY(png.startsWith("\x89PNG\r\n\x1A\n"));
+        QCOMPARE(int(png.at(24)), 8);
+        QCOMPARE(int(png.at(25)), 6);
+    }
+
+    void anImageIsStoredUncompressedWithItsModificationTime_data()
+    {
+        anImageHasItsSizeAndTransparency_data();
+    }
+
+    void anImageIsStoredUncompressedWithItsModificationTime()
+    {
+        QFETCH(Asset, asset);
+        const QResource resource(path(asset));
+        QVERIFY(resource.isValid());
+        QCOMPARE(QByteArray(reinterpret_cast<const char*>(resource.data()), int(resource.size())),
+                 content(path(asset)));
+        QVERIFY(resource.lastModified().isValid());
+    }
+
+    void aStripShowsThreeDifferentStates_data() { strips(); }
+
+    void aStripShowsThreeDifferentStates()
+    {
+        QFETCH(Asset, asset);
+        const QImage strip(path(asset));
+        const QImage normal = frame(strip, 0);
+        const QImage hovered = frame(strip, 1);
+        const QImage pressed = frame(strip, 2);
+
+        QVERIFY(!isBlank(normal));
+        QVERIFY(!isBlank(hovered));
+        QVERIFY(!isBlank(pressed));
+        QVERIFY(normal != hovered);
+        QVERIFY(hovered != pressed);
+        QVERIFY(pressed != normal);
+    }
+
+    void everyImageIsItsOwnPicture()
+    {
+        for (const Asset& strip : Strips) {
+            for (const Asset& other : Strips) {
+                if (&strip != &other)
+                    QVERIFY2(QImage(path(strip)) != QImage(path(other)), strip.name);
+            }
+        }
+    }
+
+    void pathsAreCaseSensitive()
+    {
+        QVERIFY(QFile::exists(":/assets/setting.PNG"));
+        QVERIFY(!QFile::exists(":/assets/setting.png"));
+        QVERIFY(!QFile::exists(":/assets/vantrel.png"));
+    }
+
+private:
+    static void strips()
+    {
+        QTest::addColumn<Asset>("asset");
+        for (const Asset& strip : Strips)
+            QTest::newRow(strip.name) << strip;
+    }
+};
+
+QTEST_APPLESS_MAIN(AssetsTest)
+#include "AssetsTest.moc"

@@ -1,0 +1,593 @@
+#include "support/Desk.h"
+#include "support/LinkSignals.h"
+
+#include <QMetaMethod>
+#include <QPushButton>
+#include <QSerialPort>
+#include <QSerialPortInfo>
+
+#include <termios.h>
+
+namespace {
+
+constexpr char ZoomStop[] = "81 01 04 07 00 ff";
+constexpr int ZoomLength = 6;
+
+QSerialPort* portOf(const AppVantrelSerial* link)
+{
+    return link->findChild<QSerialPort*>(QString(), Qt::FindDirectChildrenOnly);
+}
+
+bool lineIsAlive(Desk& desk)
+{
+    desk.link()->zoomStop();
+    return desk.camera.take(ZoomLength) == ZoomStop;
+}
+
+bool isAdapterAttached()
+{
+    const auto ports = QSerialPortInfo::availablePorts();
+    return std::any_of(ports.begin(), ports.end(), [](const QSerialPortInfo& port) {
+        return (port.vendorIdentifier() == 0x1A86 && port.productIdentifier() == 0x7523) ||
+               (port.vendorIdentifier() == 0x0403 && port.productIdentifier() == 0x6015);
+    });
+}
+
+} // namespace
+
+class SerialConnectionTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void signalsAndSlotsStandInTheirOrder();
+    void newLinkIsClosedAndOwnsItsPort();
+
+    void openingConnectsOnce();
+    void portIsReadyWhenTheLinkSaysConnected();
+    void lineHas8DataBitsNoParityOneStopBitAndNoFlowControl_data();
+    void lineHas8DataBitsNoParityOneStopBitAndNoFlowControl();
+    void unusualBaudRateIsPassedOn();
+    void settingsAreReadAtEachOpen();
+    void settingUpOpensNothing();
+    void settingUpOverridesWhatThePortHadBefore();
+
+    void missingPortIsReportedOnceAndLeavesTheLinkClosed_data();
+    void missingPortIsReportedOnceAndLeavesTheLinkClosed();
+    void refusedBaudRateIsReportedOnceAndLeavesTheLinkClosed_data();
+    void refusedBaudRateIsReportedOnceAndLeavesTheLinkClosed();
+    void portInUseIsReportedAndCanBeOpenedLater();
+    void fileThatIsNoSerialPortIsReported();
+    void resourceErrorWhileOpeningIsNoDisconnection();
+    void autoWithoutAnAdapterTriesTheFallbackPort();
+    void autoInLowerCaseIsAPortName_data();
+    void autoInLowerCaseIsAPortName();
+
+    void closingDisconnectsOnce();
+    void closingAClosedLinkStillSaysDisconnected();
+    void linkOpensAndClosesAgainAndAgain();
+    void openingAnOpenLinkIsRefusedAndLeavesItOpen();
+
+    void anyOtherErrorIsShownAndLeavesTheLinkOpen_data();
+    void anyOtherErrorIsShownAndLeavesTheLinkOpen();
+    void anyOtherErrorOnAClosedLinkLeavesItClosed();
+    void resourceErrorOnAClosedLinkIsADisconnection();
+    void noErrorIsNoError();
+    void errorIsSignalledAfterItsBoxIsDismissed();
+    void errorsAreNotLogged();
+
+    void deletedLinkSaysDisconnected_data();
+    void deletedLinkSaysDisconnected();
+    void deletedLinkReleasesThePort();
+};
+
+void SerialConnectionTest::signalsAndSlotsStandInTheirOrder()
+{
+    const QMetaObject& link = AppVantrelSerial::staticMetaObject;
+    QStringList methods;
+    for (int i = link.methodOffset(); i < link.methodCount(); ++i) {
+        const QMetaMethod method = link.method(i);
+        const bool isSignal = method.methodType() == QMetaMethod::Signal;
+        QVERIFY(isSignal || method.access() == QMetaMethod::Private);
+        methods.append((isSignal ? "signal " : "slot ") + method.methodSignature());
+    }
+
+    QCOMPARE(methods, QStringList({"signal onDeviceConnected()", "signal onDeviceDisconnected()",
+                                   "signal onDeviceError()", "signal onDataFull()", "slot onReadyToRead()",
+                                   "slot onErrorOccured(QSerialPort::SerialPortError)"}));
+}
+
+void SerialConnectionTest::newLinkIsClosedAndOwnsItsPort()
+{
+    const Desk desk;
+    AppVantrelSerial link;
+    const LinkSignals heard(&link);
+
+    QVERIFY(!link.parent());
+    QVERIFY(portOf(&link));
+    QVERIFY(!link.isConnected());
+    QVERIFY(link.findChildren<QTimer*>().isEmpty());
+    QCOMPARE(heard.names(), "");
+}
+
+void SerialConnectionTest::openingConnectsOnce()
+{
+    Desk desk;
+    desk.link()->closeSerialPort();
+    const LinkSignals heard(desk.link());
+
+    desk.link()->openSerialPort();
+
+    QCOMPARE(heard.names(), "onDeviceConnected");
+    QVERIFY(desk.link()->isConnected());
+    QCOMPARE(desk.user.texts(), QStringList());
+    QCOMPARE(desk.profile.log(), QStringList());
+}
+
+void SerialConnectionTest::portIsReadyWhenTheLinkSaysConnected()
+{
+    Desk desk;
+    desk.link()->closeSerialPort();
+    QByteArray frame;
+    connect(desk.link(), &AppVantrelSerial::onDeviceConnected, this, [&] {
+        desk.link()->zoomStop();
+        frame = desk.camera.take(ZoomLength);
+    });
+
+    desk.link()->openSerialPort();
+
+    QCOMPARE(frame, ZoomStop);
+}
+
+void SerialConnectionTest::lineHas8DataBitsNoParityOneStopBitAndNoFlowControl_data()
+{
+    QTest::addColumn<int>("baudRate");
+    QTest::addColumn<uint>("speed");
+    QTest::newRow("1200") << 1200 << uint(B1200);
+    QTest::newRow("2400") << 2400 << uint(B2400);
+    QTest::newRow("4800") << 4800 << uint(B4800);
+    QTest::newRow("9600") << 9600 << uint(B9600);
+    QTest::newRow("19200") << 19200 << uint(B19200);
+    QTest::newRow("38400") << 38400 << uint(B38400);
+    QTest::newRow("57600") << 57600 << uint(B57600);
+    QTest::newRow("115200") << 115200 << uint(B115200);
+}
+
+void SerialConnectionTest::lineHas8DataBitsNoParityOneStopBitAndNoFlowControl()
+{
+    QFETCH(int, baudRate);
+    QFETCH(uint, speed);
+    const Desk desk({{"baudrate", baudRate}});
+    const QSerialPort* port = portOf(desk.link());
+
+    QCOMPARE(port->openMode(), QIODevice::ReadWrite);
+    QCOMPARE(port->baudRate(QSerialPort::Input), baudRate);
+    QCOMPARE(port->baudRate(QSerialPort::Output), baudRate);
+    QCOMPARE(port->dataBits(), QSerialPort::Data8);
+    QCOMPARE(port->parity(), QSerialPort::NoParity);
+    QCOMPARE(port->stopBits(), QSerialPort::OneStop);
+    QCOMPARE(port->flowControl(), QSerialPort::NoFlowControl);
+
+    termios line{};
+    QCOMPARE(tcgetattr(portOf(desk.link())->handle(), &line), 0);
+    QCOMPARE(cfgetispeed(&line), speed);
+    QCOMPARE(cfgetospeed(&line), speed);
+    QCOMPARE(line.c_cflag & tcflag_t(CSIZE | PARENB | CSTOPB | CRTSCTS), tcflag_t(CS8));
+    QCOMPARE(line.c_iflag & tcflag_t(IXON | IXOFF | IXANY), tcflag_t(0));
+}
+
+void SerialConnectionTest::unusualBaudRateIsPassedOn()
+{
+    Desk desk({{"baudrate", 14400}});
+
+    QCOMPARE(portOf(desk.link())->baudRate(), 14400);
+    QVERIFY(desk.link()->isConnected());
+    QVERIFY(lineIsAlive(desk));
+    QCOMPARE(desk.user.texts(), QStringList());
+}
+
+void SerialConnectionTest::settingsAreReadAtEachOpen()
+{
+    Desk desk;
+    CameraEnd other;
+
+    desk.settings()->setCOMPort(other.portName());
+    desk.settings()->setBaudRate(38400);
+    QVERIFY(lineIsAlive(desk));
+    QCOMPARE(portOf(desk.link())->baudRate(), 9600);
+
+    desk.link()->closeSerialPort();
+    desk.link()->openSerialPort();
+    desk.link()->zoomStop();
+
+    QCOMPARE(other.take(ZoomLength), ZoomStop);
+    QCOMPARE(portOf(desk.link())->baudRate(), 38400);
+    QCOMPARE(desk.camera.pending(), "");
+}
+
+void SerialConnectionTest::settingUpOpensNothing()
+{
+    Desk desk;
+    desk.link()->closeSerialPort();
+    desk.settings()->setCOMPort("COM7");
+    desk.settings()->setBaudRate(2400);
+    const LinkSignals heard(desk.link());
+
+    desk.link()->setupSerialPort();
+
+    QCOMPARE(portOf(desk.link())->portName(), "COM7");
+    QCOMPARE(portOf(desk.link())->baudRate(), 2400);
+    QVERIFY(!desk.link()->isConnected());
+    QCOMPARE(heard.names(), "");
+    QCOMPARE(desk.user.texts(), QStringList());
+    QCOMPARE(desk.profile.log(), QStringList());
+}
+
+void SerialConnectionTest::settingUpOverridesWhatThePortHadBefore()
+{
+    const Desk desk;
+    desk.link()->closeSerialPort();
+    QSerialPort* port = portOf(desk.link());
+    port->setBaudRate(1200, QSerialPort::Input);
+    port->setDataBits(QSerialPort::Data7);
+    port->setParity(QSerialPort::EvenParity);
+    port->setStopBits(QSerialPort::TwoStop);
+    port->setFlowControl(QSerialPort::SoftwareControl);
+
+    desk.link()->setupSerialPort();
+
+    QCOMPARE(port->baudRate(QSerialPort::Input), 9600);
+    QCOMPARE(port->dataBits(), QSerialPort::Data8);
+    QCOMPARE(port->parity(), QSerialPort::NoParity);
+    QCOMPARE(port->stopBits(), QSerialPort::OneStop);
+    QCOMPARE(port->flowControl(), QSerialPort::NoFlowControl);
+}
+
+void SerialConnectionTest::missingPortIsReportedOnceAndLeavesTheLinkClosed_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("no such name") << "COM1";
+    QTest::newRow("no such path") << "/dev/pts/nowhere";
+    QTest::newRow("name with a blank") << "no port";
+    QTest::newRow("not Latin") << QString::fromUtf8("カメラ");
+    QTest::newRow("empty") << "";
+}
+
+void SerialConnectionTest::missingPortIsReportedOnceAndLeavesTheLinkClosed()
+{
+    QFETCH(QString, name);
+    Desk desk;
+    desk.link()->closeSerialPort();
+    desk.settings()->setCOMPort(name);
+    const LinkSignals heard(desk.link());
+
+    desk.link()->openSerialPort();
+
+    QCOMPARE(heard.names(), "onDeviceError");
+    QCOMPARE(desk.user.boxes().size(), 1);
+    QCOMPARE(desk.user.boxes().constFirst().title, "Vantrel");
+    QCOMPARE(desk.user.boxes().constFirst().text, portOf(desk.link())->errorString());
+    QVERIFY(!desk.link()->isConnected());
+}
+
+void SerialConnectionTest::refusedBaudRateIsReportedOnceAndLeavesTheLinkClosed_data()
+{
+    QTest::addColumn<int>("baudRate");
+    QTest::newRow("none") << 0;
+    QTest::newRow("negative") << -9600;
+}
+
+void SerialConnectionTest::refusedBaudRateIsReportedOnceAndLeavesTheLinkClosed()
+{
+    QFETCH(int, baudRate);
+    Desk desk;
+    desk.link()->closeSerialPort();
+    desk.settings()->setBaudRate(baudRate);
+    const LinkSignals heard(desk.link());
+
+    desk.link()->openSerialPort();
+
+    QCOMPARE(heard.names(), "onDeviceError");
+    QCOMPARE(desk.user.texts(), QStringList(portOf(desk.link())->errorString()));
+    QVERIFY(!desk.link()->isConnected());
+}
+
+void SerialConnectionTest::portInUseIsReportedAndCanBeOpenedLater()
+{
+    Desk desk;
+    desk.link()->closeSerialPort();
+    QSerialPort otherProgram(desk.camera.portName());
+    QVERIFY(otherProgram.open(QIODevice::ReadWrite));
+    const LinkSignals heard(desk.link());
+
+    desk.link()->openSerialPort();
+    QCOMPARE(heard.names(), "onDeviceError");
+    QCOMPARE(portOf(desk.link())->error(), QSerialPort::PermissionError);
+    QCOMPARE(desk.user.texts(), QStringList(portOf(desk.link())->errorString()));
+
+    otherProgram.close();
+    desk.link()->openSerialPort();
+    QCOMPARE(heard.names(), "onDeviceConnected onDeviceError");
+    QVERIFY(lineIsAlive(desk));
+}
+
+void SerialConnectionTest::fileThatIsNoSerialPortIsReported()
+{
+    Desk desk;
+    desk.link()->closeSerialPort();
+    desk.settings()->setCOMPort("/dev/null");
+    const QSignalSpy error(desk.link(), &AppVantrelSerial::onDeviceError);
+    const LinkSignals heard(desk.link());
+
+    desk.link()->openSerialPort();
+
+    // Qt may report this failure more than once.
+    QVERIFY(error.count() >= 1);
+    QCOMPARE(desk.user.boxes().size(), error.count());
+    QCOMPARE(desk.user.texts().constFirst(), portOf(desk.link())->errorString());
+    QVERIFY(!heard.names().contains("onnected"));
+    QVERIFY(!desk.link()->isConnected());
+}
+
+void SerialConnectionTest::resourceErrorWhileOpeningIsNoDisconnection()
+{
+    Desk desk;
+    desk.link()->closeSerialPort();
+    desk.settings()->setCOMPort("/dev/missing");
+    QSerialPort* port = portOf(desk.link());
+    // Each opening begins with NoError; a terminal without a device behind it says EIO next.
+    connect(port, &QSerialPort::errorOccurred, this, [port](QSerialPort::SerialPortError error) {
+        if (error == QSerialPort::NoError)
+            emit port->errorOccurred(QSerialPort::ResourceError);
+    });
+    const LinkSignals heard(desk.link());
+
+    desk.link()->openSerialPort();
+
+    QCOMPARE(heard.names(), "onDeviceError onDeviceError");
+    QCOMPARE(desk.user.boxes().size(), 2);
+}
+
+void SerialConnectionTest::autoWithoutAnAdapterTriesTheFallbackPort()
+{
+    QVERIFY2(!isAdapterAttached(), "this test needs a machine without a camera adapter");
+    Desk desk;
+    desk.link()->closeSerialPort();
+    desk.settings()->setCOMPort("AUTO");
+    const LinkSignals heard(desk.link());
+
+    QCOMPARE(desk.link()->getCOMPortWhenAuto(), "COM1");
+    desk.link()->openSerialPort();
+
+    QCOMPARE(portOf(desk.link())->portName(), "COM1");
+    QCOMPARE(heard.names(), "onDeviceError");
+    QCOMPARE(desk.user.texts(), QStringList(portOf(desk.link())->errorString()));
+    QVERIFY(!desk.link()->isConnected());
+    QCOMPARE(desk.settings()->getCOMPort(), "AUTO");
+    QCOMPARE(desk.profile.log(), QStringList());
+}
+
+void SerialConnectionTest::autoInLowerCaseIsAPortName_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::newRow("lower case") << "auto";
+    QTest::newRow("mixed case") << "Auto";
+    QTest::newRow("blank after") << "AUTO ";
+}
+
+void SerialConnectionTest::autoInLowerCaseIsAPortName()
+{
+    QFETCH(QString, name);
+    Desk desk;
+    desk.link()->closeSerialPort();
+    desk.settings()->setCOMPort(name);
+    const LinkSignals heard(desk.link());
+
+    desk.link()->openSerialPort();
+
+    QCOMPARE(portOf(desk.link())->portName(), name);
+    QCOMPARE(heard.names(), "onDeviceError");
+}
+
+void SerialConnectionTest::closingDisconnectsOnce()
+{
+    Desk desk;
+    const LinkSignals heard(desk.link());
+
+    desk.link()->closeSerialPort();
+
+    QCOMPARE(heard.names(), "onDeviceDisconnected");
+    QVERIFY(!desk.link()->isConnected());
+    QVERIFY(!portOf(desk.link())->isOpen());
+    QCOMPARE(desk.user.texts(), QStringList());
+}
+
+void SerialConnectionTest::closingAClosedLinkStillSaysDisconnected()
+{
+    Desk desk;
+    desk.link()->closeSerialPort();
+    const LinkSignals heard(desk.link());
+
+    desk.link()->closeSerialPort();
+    desk.link()->closeSerialPort();
+
+    QCOMPARE(heard.names(), "onDeviceDisconnected onDeviceDisconnected");
+    QCOMPARE(desk.user.texts(), QStringList());
+}
+
+void SerialConnectionTest::linkOpensAndClosesAgainAndAgain()
+{
+    Desk desk;
+    for (int i = 0; i < 50; ++i) {
+        desk.link()->closeSerialPort();
+        QVERIFY(!desk.link()->isConnected());
+        desk.link()->openSerialPort();
+        QVERIFY(desk.link()->isConnected());
+    }
+    QVERIFY(lineIsAlive(desk));
+    QCOMPARE(desk.user.texts(), QStringList());
+}
+
+void SerialConnectionTest::openingAnOpenLinkIsRefusedAndLeavesItOpen()
+{
+    Desk desk;
+    desk.camera.reply("90 41");
+    QTRY_COMPARE(desk.profile.log(), QStringList("9041"));
+    const LinkSignals heard(desk.link());
+
+    desk.link()->openSerialPort();
+
+    QCOMPARE(heard.names(), "onDeviceError");
+    QCOMPARE(portOf(desk.link())->error(), QSerialPort::OpenError);
+    QCOMPARE(desk.user.texts(), QStringList(portOf(desk.link())->errorString()));
+    QVERIFY(desk.link()->isConnected());
+    QVERIFY(lineIsAlive(desk));
+    desk.camera.reply("ff");
+    QTRY_COMPARE(desk.profile.log().mid(2), QStringList({"ff", "Analyze Buffer", "-90-41-ff-3"}));
+    QCOMPARE(desk.find<QPushButton>("connectBtn")->text(), "Disconnect");
+}
+
+void SerialConnectionTest::anyOtherErrorIsShownAndLeavesTheLinkOpen_data()
+{
+    QTest::addColumn<QSerialPort::SerialPortError>("error");
+    QTest::newRow("not found") << QSerialPort::DeviceNotFoundError;
+    QTest::newRow("permission") << QSerialPort::PermissionError;
+    QTest::newRow("open") << QSerialPort::OpenError;
+    QTest::newRow("parity") << QSerialPort::SerialPortError(4);
+    QTest::newRow("framing") << QSerialPort::SerialPortError(5);
+    QTest::newRow("break") << QSerialPort::SerialPortError(6);
+    QTest::newRow("write") << QSerialPort::WriteError;
+    QTest::newRow("read") << QSerialPort::ReadError;
+    QTest::newRow("unsupported operation") << QSerialPort::UnsupportedOperationError;
+    QTest::newRow("unknown") << QSerialPort::UnknownError;
+    QTest::newRow("timeout") << QSerialPort::TimeoutError;
+    QTest::newRow("not open") << QSerialPort::NotOpenError;
+}
+
+void SerialConnectionTest::anyOtherErrorIsShownAndLeavesTheLinkOpen()
+{
+    QFETCH(QSerialPort::SerialPortError, error);
+    Desk desk;
+    const LinkSignals heard(desk.link());
+    QSerialPort* port = portOf(desk.link());
+
+    emit port->errorOccurred(error);
+
+    QCOMPARE(heard.names(), "onDeviceError");
+    QCOMPARE(desk.user.boxes().size(), 1);
+    QCOMPARE(desk.user.boxes().constFirst().title, "Vantrel");
+    QCOMPARE(desk.user.boxes().constFirst().text, port->errorString());
+    QVERIFY(desk.link()->isConnected());
+    QVERIFY(lineIsAlive(desk));
+    QCOMPARE(desk.find<QPushButton>("connectBtn")->text(), "Disconnect");
+}
+
+void SerialConnectionTest::anyOtherErrorOnAClosedLinkLeavesItClosed()
+{
+    Desk desk;
+    desk.link()->closeSerialPort();
+    const LinkSignals heard(desk.link());
+
+    emit portOf(desk.link())->errorOccurred(QSerialPort::UnknownError);
+
+    QCOMPARE(heard.names(), "onDeviceError");
+    QCOMPARE(desk.user.boxes().size(), 1);
+    QVERIFY(!desk.link()->isConnected());
+}
+
+void SerialConnectionTest::resourceErrorOnAClosedLinkIsADisconnection()
+{
+    Desk desk;
+    desk.link()->closeSerialPort();
+    const LinkSignals heard(desk.link());
+
+    emit portOf(desk.link())->errorOccurred(QSerialPort::ResourceError);
+
+    QCOMPARE(heard.names(), "onDeviceDisconnected");
+    QCOMPARE(desk.user.boxes().size(), 1);
+}
+
+void SerialConnectionTest::noErrorIsNoError()
+{
+    Desk desk;
+    const LinkSignals heard(desk.link());
+
+    emit portOf(desk.link())->errorOccurred(QSerialPort::NoError);
+    portOf(desk.link())->clearError();
+
+    QCOMPARE(heard.names(), "");
+    QCOMPARE(desk.user.texts(), QStringList());
+    QVERIFY(lineIsAlive(desk));
+}
+
+void SerialConnectionTest::errorIsSignalledAfterItsBoxIsDismissed()
+{
+    Desk desk;
+    const LinkSignals heard(desk.link());
+    QString whileOpen;
+    desk.user.whenOpen([&] { whileOpen = heard.names(); });
+
+    emit portOf(desk.link())->errorOccurred(QSerialPort::UnknownError);
+
+    QCOMPARE(whileOpen, "");
+    QCOMPARE(heard.names(), "onDeviceError");
+}
+
+void SerialConnectionTest::errorsAreNotLogged()
+{
+    Desk desk;
+
+    emit portOf(desk.link())->errorOccurred(QSerialPort::UnknownError);
+    emit portOf(desk.link())->errorOccurred(QSerialPort::ResourceError);
+
+    QCOMPARE(desk.user.boxes().size(), 2);
+    QCOMPARE(desk.profile.log(), QStringList());
+}
+
+void SerialConnectionTest::deletedLinkSaysDisconnected_data()
+{
+    QTest::addColumn<bool>("open");
+    QTest::newRow("open") << true;
+    QTest::newRow("closed") << false;
+}
+
+void SerialConnectionTest::deletedLinkSaysDisconnected()
+{
+    QFETCH(bool, open);
+    Desk desk;
+    desk.link()->closeSerialPort();
+    int disconnected = 0;
+    {
+        AppVantrelSerial link;
+        if (open)
+            link.openSerialPort();
+        QCOMPARE(link.isConnected(), open);
+        connect(&link, &AppVantrelSerial::onDeviceDisconnected, this,
+                [&] { disconnected += portOf(&link)->isOpen() ? 0 : 1; });
+    }
+
+    QCOMPARE(disconnected, 1);
+    QCOMPARE(desk.user.texts(), QStringList());
+    QCOMPARE(desk.profile.log(), QStringList());
+}
+
+void SerialConnectionTest::deletedLinkReleasesThePort()
+{
+    Desk desk;
+    desk.link()->closeSerialPort();
+    QPointer<QSerialPort> port;
+    {
+        AppVantrelSerial link;
+        link.openSerialPort();
+        port = portOf(&link);
+        QVERIFY(port->isOpen());
+    }
+
+    QVERIFY(!port);
+    desk.link()->openSerialPort();
+    QVERIFY(lineIsAlive(desk));
+}
+
+QTEST_APPLESS_MAIN(SerialConnectionTest)
+
+#include "SerialConnectionTest.moc"
