@@ -1,0 +1,47 @@
+#include "window/RunningProgram.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QProcessEnvironment>
+#include <QtTest>
+
+#include <algorithm>
+
+RunningProgram::RunningProgram(int scale)
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("FONTCONFIG_FILE", SOURCE_DIR "/tests/window/fonts.conf");
+    environment.insert("LC_ALL", "C.UTF-8");
+    environment.insert("QT_FATAL_WARNINGS", "1");
+    environment.insert("QT_FONT_DPI", "96");
+    environment.insert("QT_QPA_PLATFORMTHEME", "generic");
+    environment.insert("QT_SCALE_FACTOR", QString::number(scale));
+    process.setProcessEnvironment(environment);
+    process.setProcessChannelMode(QProcess::MergedChannels);
+    process.start(VANTREL_PATH, {"-style", "fusion"});
+}
+
+RunningProgram::~RunningProgram()
+{
+    process.terminate();
+    const QString trouble = troubleAtExit();
+    if (!trouble.isEmpty())
+        QTest::qFail(qPrintable(trouble), __FILE__, __LINE__);
+}
+
+QString RunningProgram::troubleAtExit()
+{
+    if (process.state() != QProcess::NotRunning && !process.waitForFinished())
+        return "the program still runs";
+    if (process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0)
+        return {};
+    return QString("exit code %1: %2").arg(process.exitCode()).arg(QString::fromLocal8Bit(process.readAll()));
+}
+
+bool RunningProgram::hasOpen(const QString& path) const
+{
+    const QDir descriptors(QString("/proc/%1/fd").arg(process.processId()));
+    const auto entries = descriptors.entryInfoList(QDir::Files | QDir::System);
+    return std::any_of(entries.begin(), entries.end(),
+                       [&path](const QFileInfo& entry) { return entry.symLinkTarget() == path; });
+}
