@@ -1,0 +1,76 @@
+#include "soak/Soak.h"
+#include "support/Desk.h"
+#include "window/Window.h"
+
+#include <QProcess>
+#include <QPushButton>
+
+#include <csignal>
+
+namespace {
+
+constexpr char Up[] = "81 01 06 01 05 05 03 01 ff";
+constexpr char Stop[] = "81 01 06 01 05 05 03 03 ff";
+constexpr char MainWindowTitle[] = "Vantrel Controller";
+
+/** Where the Up button is in the main window. */
+QPoint placeOfUp()
+{
+    const Desk desk;
+    const auto* button = desk.find<QPushButton>("upBtn");
+    return button->mapTo(button->window(), button->rect().center());
+}
+
+} // namespace
+
+/** The built program on a screen, its Up button held by a real pointer, comes to an end. */
+class ProgramEndSoak : public QObject
+{
+    Q_OBJECT
+
+private slots:
+
+    void initTestCase() { up = placeOfUp(); }
+
+    void theProgramStopsTheCameraBeforeItEnds_data()
+    {
+        QTest::addColumn<int>("number");
+        QTest::newRow("interrupted") << SIGINT;
+        QTest::newRow("terminated") << SIGTERM;
+        QTest::newRow("hung up") << SIGHUP;
+    }
+
+    void theProgramStopsTheCameraBeforeItEnds()
+    {
+        QFETCH(int, number);
+        const int count = rounds(1, 30);
+        for (int round = 0; round < count; ++round) {
+            PrivateProfile profile;
+            CameraEnd camera;
+            profile.store("comport", camera.portName());
+            QProcess process;
+            process.setProcessChannelMode(QProcess::MergedChannels);
+            process.start(VANTREL_PATH, QStringList());
+            const Window window(MainWindowTitle);
+            window.activate();
+            window.press(up);
+            QCOMPARE(camera.nextFrame(), QByteArray(Up));
+
+            QCOMPARE(kill(static_cast<pid_t>(process.processId()), number), 0);
+            QVERIFY(process.waitForFinished());
+            releaseMouse();
+            QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+            QCOMPARE(process.exitCode(), 0);
+            QCOMPARE(camera.pending(), QByteArray(Stop));
+            QCOMPARE(profile.log(), QStringList({"MoveUp", "MoveStop"}));
+        }
+        qInfo("the running program %s with a button held: %d times, one stop each", QTest::currentDataTag(),
+              count);
+    }
+
+private:
+    QPoint up;
+};
+
+QTEST_APPLESS_MAIN(ProgramEndSoak)
+#include "ProgramEndSoak.moc"

@@ -1,0 +1,139 @@
+#include "soak/Soak.h"
+#include "support/Desk.h"
+#include "support/ReplyModel.h"
+
+#include <QDeadlineTimer>
+#include <QRandomGenerator>
+
+namespace {
+
+constexpr char ReplyBegin = '\x90';
+constexpr char ReplyEnd = '\xFF';
+constexpr int LongestReply = 33;
+constexpr int BatchBytes = 2000;
+constexpr qint64 LeakAllowance = 64 * 1024;
+constexpr int LineTimeoutMs = 10000;
+
+/** Bytes of a camera, well behaved or not. */
+class Bytes
+{
+public:
+    /** A reply of two to 33 bytes. */
+    QByteArray reply() { return ReplyBegin + body(random.bounded(LongestReply - 1)) + ReplyEnd; }
+
+    /** What begins like a reply and is at least a byte too long for one. */
+    QByteArray tooLong()
+    {
+        return ReplyBegin + body(LongestReply - 1 + random.bounded(LongestReply)) + ReplyEnd;
+    }
+
+    /** Anything, with many bytes that begin or end a reply. */
+    QByteArray noise(int size)
+    {
+        QByteArray bytes;
+        for (int i = 0; i < size; ++i) {
+            const int kind = random.bounded(20);
+            bytes += kind == 0 ? ReplyBegin : kind == 1 ? ReplyEnd : static_cast<char>(random.bounded(256));
+        }
+        return bytes;
+    }
+
+    int upTo(int limit) { return random.bounded(1, limit + 1); }
+
+private:
+    QByteArray body(int size)
+    {
+        QByteArray bytes;
+        for (int i = 0; i < size; ++i)
+            bytes += static_cast<char>(random.bounded(1, 0x90));
+        return bytes;
+    }
+
+    QRandomGenerator random{1};
+};
+
+/** A desk whose log is read along while the camera talks. */
+class Listener
+{
+public:
+    /** Sends the bytes and waits until the log has them; empty, or what is wrong with the log. */
+    QString hear(const QByteArray& bytes)
+    {
+        model.sent(bytes);
+        desk.camera.reply(bytes.toHex());
+        for (const QDeadlineTimer deadline(LineTimeoutMs); !model.isComplete();) {
+            if (deadline.hasExpired())
+                return "bytes are missing in the log";
+            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+            const QString difference = model.check(log.newLines());
+            if (!difference.isEmpty())
+                return difference;
+        }
+        return {};
+    }
+
+    Desk desk;
+    ReplyModel model;
+
+private:
+    LogTail log{desk.profile.logFile()};
+};
+
+} // namespace
+
+/** Replies without end, of any kind and in any chunks. */
+class ReplySoak : public QObject
+{
+    Q_OBJECT
+
+private slots:
+
+    void aFloodLeavesMemoryWhereItWas_data()
+    {
+        QTest::addColumn<bool>("tooLong");
+        QTest::newRow("replies") << false;
+        QTest::newRow("replies that are too long") << true;
+    }
+
+    void aFloodLeavesMemoryWhereItWas()
+    {
+        QFETCH(bool, tooLong);
+        const int count = rounds(20000, 1000000);
+        const int warmUp = count / 10;
+        Listener listener;
+        Bytes bytes;
+        Memory before = Memory::now();
+        for (int sent = 0, measured = 0; sent < warmUp + count;) {
+            if (sent >= warmUp && std::exchange(measured, 1) == 0)
+                before = Memory::now();
+            QByteArray batch;
+            for (; batch.size() < BatchBytes; ++sent)
+                batch += tooLong ? bytes.tooLong() : bytes.reply();
+            QCOMPARE(listener.hear(batch), QString());
+        }
+        const Memory after = Memory::now();
+        qInfo("%d %s: %s", count, QTest::currentDataTag(), qPrintable(after.growthSince(before)));
+        QVERIFY(tooLong ? listener.model.replyCount() == 0 : listener.model.replyCount() >= warmUp + count);
+        QVERIFY(after.heapBytes - before.heapBytes < LeakAllowance);
+        QCOMPARE(listener.desk.user.texts(), QStringList());
+    }
+
+    void anyBytesInAnyChunksGiveTheirLines()
+    {
+        const int count = rounds(200 * 1000, 10 * 1000 * 1000);
+        Listener listener;
+        Bytes bytes;
+        int sent = 0;
+        for (int size = 0; sent < count; sent += size) {
+            size = bytes.upTo(300);
+            QCOMPARE(listener.hear(bytes.noise(size)), QString());
+        }
+        qInfo("%d bytes of noise: %lld replies in them, every line as foreseen", sent,
+              listener.model.replyCount());
+        QVERIFY(listener.model.replyCount() > 0);
+        QCOMPARE(listener.desk.user.texts(), QStringList());
+    }
+};
+
+QTEST_APPLESS_MAIN(ReplySoak)
+#include "ReplySoak.moc"

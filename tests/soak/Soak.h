@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+/** How often the long tests do things: few times in an ordinary run, many where VANTREL_SOAK is set. */
+int rounds(int ordinary, int soak);
+
+/** The memory of this process. */
+struct Memory
+{
+    /** The process as it is now. */
+    static Memory now();
+
+    /** "heap +1.2 KiB, resident +0 KiB", from an earlier state to this one. */
+    QString growthSince(const Memory& earlier) const;
+
+    /** What has been allocated and not freed. */
+    qint64 heapBytes;
+
+    /** What the operating system has given, freed or not (VmRSS). */
+    qint64 residentBytes;
+};
+
+/** How many files and lines the process has open. */
+int openDescriptors();
+
+/** Follows a log file: what was written since the last look. */
+class LogTail
+{
+public:
+    explicit LogTail(const QString& file);
+
+    /** The whole lines that have been added. */
+    QStringList newLines();
+
+private:
+    QString path;
+    qint64 position = 0;
+};
