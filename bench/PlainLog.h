@@ -1,0 +1,9 @@
+#pragma once
+
+#include <string>
+
+/**
+ * The floor of the activity log: opens the file for appending, writes the line and closes the
+ * file, with plain system calls. There is no buffer, so there is nothing to flush.
+ */
+void writePlainLogLine(const std::string& path, const std::string& line);

@@ -1,0 +1,80 @@
+#include "PseudoTerminal.h"
+#include "support/PrivateProfile.h"
+
+#include <benchmark/benchmark.h>
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QProcess>
+#include <QThread>
+
+#include <chrono>
+
+namespace {
+
+using benchmark::State;
+using Clock = std::chrono::steady_clock;
+
+// Long after the first frame, so that whatever a program puts off is in its memory too.
+constexpr unsigned long SettleMs = 200;
+
+/** The most memory that the process has had in RAM so far, in KiB. */
+double peakMemory(qint64 pid)
+{
+    QFile status("/proc/" + QString::number(pid) + "/status");
+    if (!status.open(QIODevice::ReadOnly))
+        return 0;
+    const auto lines = status.readAll().split('\n');
+    for (const QByteArray& line : lines) {
+        if (line.startsWith("VmHWM:"))
+            return line.mid(6, line.size() - 9).trimmed().toDouble();
+    }
+    return 0;
+}
+
+/** From the start of the process until its first window, with this title, has its content on the screen. */
+void start(State& state, const char* path, const char* title)
+{
+    double memory = 0;
+    for ([[maybe_unused]] auto _ : state) {
+        QProcess process;
+        const auto begin = Clock::now();
+        process.start(path, QStringList());
+        while (!process.canReadLine() && process.waitForReadyRead()) {
+        }
+        state.SetIterationTime(std::chrono::duration<double>(Clock::now() - begin).count());
+
+        const QByteArray shown = process.readLine().trimmed();
+        if (shown != title)
+            qFatal("%s shows \"%s\" first", path, shown.constData());
+        QThread::msleep(SettleMs);
+        memory = peakMemory(process.processId());
+        process.terminate();
+        process.waitForFinished();
+    }
+    state.counters["peak_memory"] = memory;
+}
+
+void measure(const char* name, const char* path, const char* title)
+{
+    benchmark::RegisterBenchmark(name, start, path, title)->UseManualTime()->Iterations(1)->Repetitions(31);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    benchmark::Initialize(&argc, argv);
+
+    PrivateProfile profile;
+    PseudoTerminal camera;
+    profile.store("comport", camera.path());
+    qputenv("QT_PLUGIN_PATH", PLUGIN_PATH);
+    qputenv("QT_QPA_GENERIC_PLUGINS", "FirstFrame");
+
+    measure("start/program", VANTREL_PATH, "Vantrel Controller");
+    measure("start/floor", EMPTY_WINDOW_PATH, "Empty window");
+
+    QCoreApplication app(argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+}
