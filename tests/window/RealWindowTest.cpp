@@ -82,13 +82,14 @@ struct Control
     QRect area() const { return {middle - QPoint(size.width() / 2, size.height() / 2), size}; }
 };
 
+constexpr QSize SmallButtonSize(30, 30);
 constexpr QSize ImageButtonSize(70, 60);
 constexpr QSize TextButtonSize(132, 30);
-constexpr Control WideConnectButton{ConnectButton, QSize(270, 30)};
+constexpr QSize WideButtonSize(270, 30);
 
 // In the order in which the Tab key goes round, from the one that has the keyboard at first.
 constexpr Control MainControls[] = {
-    {SettingsButton, QSize(30, 30)},     WideConnectButton,
+    {SettingsButton, SmallButtonSize},   {ConnectButton, WideButtonSize},
     {UpButton, ImageButtonSize},         {LeftButton, ImageButtonSize},
     {HomeButton, ImageButtonSize},       {RightButton, ImageButtonSize},
     {ZoomInButton, ImageButtonSize},     {DownButton, ImageButtonSize},

@@ -7,15 +7,16 @@
 
 #include <algorithm>
 
-RunningProgram::RunningProgram(int scale)
+RunningProgram::RunningProgram()
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("DBUS_SESSION_BUS_ADDRESS", "disabled:");
     environment.insert("FONTCONFIG_FILE", SOURCE_DIR "/tests/window/fonts.conf");
     environment.insert("LC_ALL", "C.UTF-8");
     environment.insert("QT_FATAL_WARNINGS", "1");
     environment.insert("QT_FONT_DPI", "96");
     environment.insert("QT_QPA_PLATFORMTHEME", "generic");
-    environment.insert("QT_SCALE_FACTOR", QString::number(scale));
+    environment.insert("QT_SCALE_FACTOR", "1");
     process.setProcessEnvironment(environment);
     process.setProcessChannelMode(QProcess::MergedChannels);
     process.start(VANTREL_PATH, {"-style", "fusion"});

@@ -9,10 +9,7 @@
 class RunningProgram
 {
 public:
-    /**
-     * @param scale how many pixels of the screen one pixel of the windows is wide and high
-     */
-    explicit RunningProgram(int scale = 1);
+    RunningProgram();
 
     /** Ends the program if it still runs; the test fails if the program does not end with success. */
     ~RunningProgram();

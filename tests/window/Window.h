@@ -6,8 +6,8 @@
 #include <QStringList>
 
 /**
- * A window of another program, used as a person uses it: through the screen, the pointer and the keyboard of
- * the X server. Places are in pixels from the upper left corner of the window's content.
+ * A window of the running program, used as a person uses it: through the screen, the pointer and the keyboard
+ * of the X server. Places are in pixels from the upper left corner of the window's content.
  */
 class Window
 {
