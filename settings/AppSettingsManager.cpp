@@ -55,6 +55,12 @@ QString defaultPresetName(int preset)
 AppSettingsManager::AppSettingsManager()
     : settings(new QSettings(getDefaultPath() + SettingsFileName, QSettings::IniFormat))
 {
+    // A program killed while QSettings made its lock leaves it empty, and the next change would wait 30
+    // seconds for an owner that is gone.
+    const QFileInfo lock(settings->fileName() + ".lock");
+    if (lock.exists() && lock.size() == 0)
+        QFile::remove(lock.filePath());
+
     qDebug() << getDefaultPath();
 }
 

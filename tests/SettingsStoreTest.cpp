@@ -1,6 +1,7 @@
 #include "support/StoreAlone.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QStandardPaths>
 #include <QtTest>
@@ -96,6 +97,7 @@ private slots:
     void setterStoresItsKeyInTheGeneralSection();
     void valueCountsAtOnceAndReachesTheFileLater();
     void valueReachesTheFileAtTheExit();
+    void lockOfAKilledProgramHoldsNothingUp();
     void settingsSurviveARestart();
     void oneSettingLeavesTheOthersAlone();
 
@@ -231,6 +233,24 @@ void SettingsStoreTest::valueReachesTheFileAtTheExit()
     store.store.reset();
 
     QCOMPARE(contentOf(store.profile.settingsFile()), "[General]\ninverttilt=true\n");
+}
+
+void SettingsStoreTest::lockOfAKilledProgramHoldsNothingUp()
+{
+    StoreAlone store;
+    store.store.reset();
+    store.profile.createFolder();
+    QVERIFY(QFile(store.profile.settingsFile() + ".lock").open(QIODevice::WriteOnly));
+    QElapsedTimer elapsed;
+    elapsed.start();
+
+    store.store.emplace();
+    store->setBaudRate(19200);
+    store.store.reset();
+
+    QCOMPARE(contentOf(store.profile.settingsFile()), "[General]\nbaudrate=19200\n");
+    // QSettings would wait 30 seconds.
+    QVERIFY(elapsed.elapsed() < 10000);
 }
 
 void SettingsStoreTest::settingsSurviveARestart()

@@ -16,7 +16,7 @@ namespace {
 
 constexpr char Up[] = "81 01 06 01 05 05 03 01 ff";
 constexpr char Stop[] = "81 01 06 01 05 05 03 03 ff";
-constexpr qint64 LeakAllowance = 64 * 1024;
+constexpr qint64 LeakAllowance = 65536;
 
 /** A connected program whose camera is plugged in and pulled as a USB adapter is: always at the same name. */
 class Socket

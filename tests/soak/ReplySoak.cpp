@@ -11,7 +11,7 @@ constexpr char ReplyBegin = '\x90';
 constexpr char ReplyEnd = '\xFF';
 constexpr int LongestReply = 33;
 constexpr int BatchBytes = 2000;
-constexpr qint64 LeakAllowance = 64 * 1024;
+constexpr qint64 LeakAllowance = 65536;
 constexpr int LineTimeoutMs = 10000;
 
 /** Bytes of a camera, well behaved or not. */
@@ -65,7 +65,7 @@ public:
             if (deadline.hasExpired())
                 return "bytes are missing in the log";
             QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-            const QString difference = model.check(log.newLines());
+            QString difference = model.check(log.newLines());
             if (!difference.isEmpty())
                 return difference;
         }

@@ -18,7 +18,7 @@ constexpr int ActionsPerTurn = 20;
 constexpr int LineTimeoutMs = 10000;
 
 constexpr int MeasuredHomes = 256;
-constexpr qint64 LeakAllowance = 64 * 1024;
+constexpr qint64 LeakAllowance = 65536;
 
 /** An operator at work, who writes down what the camera and the log must get. */
 class Operator
@@ -50,7 +50,7 @@ public:
     /** Empty, or how the camera's frames and the log's lines differ from what they must be. */
     QString trouble()
     {
-        const QString frameTrouble = checkFrames();
+        QString frameTrouble = checkFrames();
         if (!frameTrouble.isEmpty())
             return frameTrouble;
 
@@ -206,7 +206,7 @@ private:
             QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
             const QStringList added = log.newLines();
             lineCount += added.size();
-            const QString difference = model.check(added);
+            QString difference = model.check(added);
             if (!difference.isEmpty())
                 return difference;
         }
