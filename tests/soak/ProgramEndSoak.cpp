@@ -18,6 +18,12 @@ QPoint placeOfUp()
 {
     const Desk desk;
     const auto* button = desk.find<QPushButton>("upBtn");
+    // The window widens for the text in its status bar once the event loop runs.
+    const auto isWideEnough = [window = button->window()] {
+        return window->width() >= window->minimumSizeHint().width();
+    };
+    if (!QTest::qWaitFor(isWideEnough))
+        qFatal("the window does not take its size");
     return button->mapTo(button->window(), button->rect().center());
 }
 

@@ -1,0 +1,144 @@
+#include "support/Desk.h"
+
+#include <QKeyEvent>
+#include <QPushButton>
+
+namespace {
+
+/** A key event as Qt makes it of the X server's, which gives the release and the press of a repeat one time.
+ */
+void sendSpace(QWidget* button, QEvent::Type type, ulong timestamp)
+{
+    QKeyEvent event(type, Qt::Key_Space, Qt::NoModifier, " ");
+    event.setTimestamp(timestamp);
+    QApplication::sendEvent(button, &event);
+}
+
+void press(QWidget* button, ulong timestamp)
+{
+    sendSpace(button, QEvent::KeyPress, timestamp);
+}
+
+void release(QWidget* button, ulong timestamp)
+{
+    sendSpace(button, QEvent::KeyRelease, timestamp);
+}
+
+void repeat(QWidget* button, ulong timestamp)
+{
+    release(button, timestamp);
+    press(button, timestamp);
+}
+
+} // namespace
+
+/** Holding the space bar on X11, where Qt takes repeats of a held key for real releases and presses. */
+class KeyRepeatTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+
+    void initTestCase()
+    {
+        Desk desk;
+        QCOMPARE(QGuiApplication::platformName(), "xcb");
+    }
+
+    void repeatsOfAHeldKeyDoNothing_data()
+    {
+        QTest::addColumn<QStringList>("held");
+        QTest::addColumn<QStringList>("released");
+        QTest::newRow("upBtn") << QStringList("MoveUp") << QStringList({"MoveUp", "MoveStop"});
+        QTest::newRow("zoomInBtn") << QStringList("ZoomIn") << QStringList({"ZoomIn", "ZoomStop"});
+        QTest::newRow("homeBtn") << QStringList("Home") << QStringList("Home");
+        QTest::newRow("preset2Btn") << QStringList() << QStringList("Call Preset2");
+    }
+
+    void repeatsOfAHeldKeyDoNothing()
+    {
+        QFETCH(QStringList, held);
+        QFETCH(QStringList, released);
+        Desk desk;
+        auto* button = desk.find<QPushButton>(QTest::currentDataTag());
+
+        press(button, 100);
+        for (ulong timestamp = 760; timestamp < 1000; timestamp += 40)
+            repeat(button, timestamp);
+        QCOMPARE(desk.profile.log(), held);
+        QVERIFY(button->isDown());
+
+        release(button, 1000);
+        QTRY_VERIFY(!button->isDown());
+        QCOMPARE(desk.profile.log(), released);
+    }
+
+    void aSecondPressComesAfterTheStopOfTheFirst()
+    {
+        Desk desk;
+        auto* button = desk.find<QPushButton>("upBtn");
+
+        press(button, 100);
+        release(button, 200);
+        press(button, 201);
+
+        QCOMPARE(desk.profile.log(), QStringList({"MoveUp", "MoveStop", "MoveUp"}));
+    }
+
+    void anotherButtonPressedAtOnceMovesAfterTheStop()
+    {
+        Desk desk;
+        auto* up = desk.find<QPushButton>("upBtn");
+        up->setFocus();
+
+        press(up, 100);
+        release(up, 200);
+        QTest::mousePress(desk.find<QPushButton>("leftBtn"), Qt::LeftButton);
+
+        QCOMPARE(desk.profile.log(), QStringList({"MoveUp", "MoveStop", "MoveLeft"}));
+    }
+
+    void aPresetReleasedAndLeftAtOnceIsStillRecalled()
+    {
+        Desk desk;
+        auto* button = desk.find<QPushButton>("preset2Btn");
+        button->setFocus();
+
+        press(button, 100);
+        release(button, 200);
+        QTest::keyClick(button, Qt::Key_Tab);
+
+        QCOMPARE(desk.profile.log(), QStringList("Call Preset2"));
+    }
+
+    void aPresetReleasedAndLeftForAnotherButtonIsStillRecalled()
+    {
+        Desk desk;
+        auto* button = desk.find<QPushButton>("preset2Btn");
+        button->setFocus();
+
+        press(button, 100);
+        release(button, 200);
+        QTest::mousePress(desk.find<QPushButton>("leftBtn"), Qt::LeftButton);
+
+        QCOMPARE(desk.profile.log(), QStringList({"Call Preset2", "MoveLeft"}));
+    }
+
+    void leavingAButtonThatRepeatsStopsOnce()
+    {
+        Desk desk;
+        auto* button = desk.find<QPushButton>("upBtn");
+        button->setFocus();
+
+        press(button, 100);
+        repeat(button, 760);
+        QTest::keyClick(button, Qt::Key_Tab);
+        release(button, 800);
+
+        QCOMPARE(desk.profile.log(), QStringList({"MoveUp", "MoveStop"}));
+    }
+};
+
+QTEST_APPLESS_MAIN(KeyRepeatTest)
+
+#include "KeyRepeatTest.moc"
