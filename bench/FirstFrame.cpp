@@ -43,7 +43,7 @@ class FirstFramePlugin : public QGenericPlugin
     Q_PLUGIN_METADATA(IID QGenericPluginFactoryInterface_iid FILE "FirstFrame.json")
 
 public:
-    QObject* create(const QString& /*key*/, const QString& /*specification*/) override
+    QObject* create(const QString& /*key*/, const QString& /*platformName*/) override
     {
         return new FirstFrame;
     }
