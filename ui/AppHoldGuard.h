@@ -12,8 +12,8 @@ class QWidget;
  * Sees to it that a button is held exactly as long as the user holds it, so that the camera neither runs on
  * alone nor stutters. It covers what QAbstractButton leaves open:
  *
- *  - A button goes up in silence when the focus leaves and stays down when a modal box takes the input away
- *    or its window goes. Here it emits released() in each case.
+ *  - A button stays down when a popup takes the focus, a modal box takes the input away or its window goes.
+ *    Here it emits released() in each case, and whenever else the focus leaves, as Qt 5.15 does by itself.
  *  - On X11 a held key repeats as releases and presses, and Qt 5 often takes these for real ones. They carry
  *    one time stamp; such a pair is dropped here.
  */
