@@ -5,10 +5,13 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QSerialPort>
+#include <QSet>
 #include <QStatusBar>
 #include <QStyle>
 
+#include <algorithm>
 #include <csignal>
+#include <fcntl.h>
 
 // The process entry under another name, so that a test can run it and see what it returns.
 #define main vantrelMain
@@ -19,6 +22,8 @@ namespace {
 
 constexpr int GiveUpMs = 5000;
 constexpr int GaveUp = 125;
+
+constexpr int QuitSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGPIPE};
 
 // An account whose port setting names a line with a camera at its other end.
 struct AccountWithCamera
@@ -72,6 +77,24 @@ private:
     }
 };
 
+struct sigaction actionOn(int signalNumber)
+{
+    struct sigaction action = {};
+    sigaction(signalNumber, nullptr, &action);
+    return action;
+}
+
+QSet<int> openDescriptors()
+{
+    constexpr int More = 1024;
+    QSet<int> open;
+    for (int descriptor = 0; descriptor < More; ++descriptor) {
+        if (fcntl(descriptor, F_GETFD) != -1)
+            open.insert(descriptor);
+    }
+    return open;
+}
+
 bool storeIsFirst = false;
 
 // The store's constructor writes to the debug output.
@@ -98,6 +121,9 @@ private slots:
     void quitSignalEndsTheProgramWithSuccess();
     void quitSignalStopsAMovingCamera();
     void quitSignalStoresPendingSettings();
+    void theSameSignalASecondTimeHasItsDefaultMeaning();
+    void aSignalThatWasIgnoredStaysIgnored();
+    void aSignalCutsNoSystemCallShort();
     void signalsHaveTheirDefaultMeaningAfterTheExit();
 
     void argumentsGoToQtWhichTakesItsOwn();
@@ -107,6 +133,7 @@ private slots:
     void storeAndLinkAreThereBeforeTheWindow();
     void longLivedObjectsHaveNoParent();
     void windowIsShownAtStart();
+    void theIconIsThereInEverySize();
     void missingPortShowsItsErrorBeforeTheWindow();
     void emptyPortSettingIsReportedLikeAMissingPort();
 
@@ -114,6 +141,8 @@ private slots:
     void noSignalOfTheLinkReachesTheWindowAtExit();
     void applicationIsThereUntilTheLinkHasGone();
     void programStartsAgainAfterItsExit();
+    void theExitClosesWhatTheProgramOpened();
+    void noChildProcessInheritsWhatTheProgramOpened();
 
     void messageIsShownUnchanged_data();
     void messageIsShownUnchanged();
@@ -190,6 +219,7 @@ void ApplicationTest::quitSignalEndsTheProgramWithSuccess_data()
     QTest::newRow("interrupt") << SIGINT;
     QTest::newRow("terminate") << SIGTERM;
     QTest::newRow("hang up") << SIGHUP;
+    QTest::newRow("broken pipe") << SIGPIPE;
 }
 
 void ApplicationTest::quitSignalEndsTheProgramWithSuccess()
@@ -228,17 +258,42 @@ void ApplicationTest::quitSignalStoresPendingSettings()
     QCOMPARE(account.profile.stored("panspeed").toInt(), 9);
 }
 
+void ApplicationTest::theSameSignalASecondTimeHasItsDefaultMeaning()
+{
+    const Desk desk;
+
+    QCOMPARE(std::raise(SIGTERM), 0);
+
+    QVERIFY(actionOn(SIGTERM).sa_handler == SIG_DFL);
+    QVERIFY(actionOn(SIGINT).sa_handler != SIG_DFL);
+}
+
+void ApplicationTest::aSignalThatWasIgnoredStaysIgnored()
+{
+    const auto earlier = std::signal(SIGHUP, SIG_IGN);
+    {
+        const Desk desk;
+        QVERIFY(actionOn(SIGHUP).sa_handler == SIG_IGN);
+    }
+    QVERIFY(actionOn(SIGHUP).sa_handler == SIG_IGN);
+    QVERIFY(std::signal(SIGHUP, earlier) == SIG_IGN);
+}
+
+void ApplicationTest::aSignalCutsNoSystemCallShort()
+{
+    const Desk desk;
+    for (const int number : QuitSignals)
+        QVERIFY(actionOn(number).sa_flags & static_cast<int>(SA_RESTART));
+}
+
 void ApplicationTest::signalsHaveTheirDefaultMeaningAfterTheExit()
 {
     {
         const Desk desk;
     }
 
-    for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
-        struct sigaction action = {};
-        QCOMPARE(sigaction(number, nullptr, &action), 0);
-        QVERIFY(action.sa_handler == SIG_DFL);
-    }
+    for (const int number : QuitSignals)
+        QVERIFY(actionOn(number).sa_handler == SIG_DFL);
 }
 
 void ApplicationTest::argumentsGoToQtWhichTakesItsOwn()
@@ -314,6 +369,19 @@ void ApplicationTest::windowIsShownAtStart()
     QVERIFY(desk.program->app.mainWin->isVisible());
     QCOMPARE(desk.user.boxes().size(), 0);
     QCOMPARE(desk.find<QPushButton>("connectBtn")->text(), "Disconnect");
+}
+
+void ApplicationTest::theIconIsThereInEverySize()
+{
+    const Desk desk;
+
+    QList<int> widths;
+    const auto sizes = QApplication::windowIcon().availableSizes();
+    for (const QSize& size : sizes)
+        widths.append(size.width());
+    std::sort(widths.begin(), widths.end());
+
+    QCOMPARE(widths, QList<int>({16, 24, 32, 48, 64, 128}));
 }
 
 void ApplicationTest::missingPortShowsItsErrorBeforeTheWindow()
@@ -404,6 +472,28 @@ void ApplicationTest::programStartsAgainAfterItsExit()
         QVERIFY(program.app.serial->isConnected());
     }
     QCOMPARE(account.user.texts(), QStringList());
+}
+
+void ApplicationTest::theExitClosesWhatTheProgramOpened()
+{
+    AccountWithCamera account;
+    const QSet<int> before = openDescriptors();
+    {
+        const Program program;
+        QVERIFY(openDescriptors().size() > before.size());
+    }
+    QCOMPARE(openDescriptors(), before);
+}
+
+void ApplicationTest::noChildProcessInheritsWhatTheProgramOpened()
+{
+    AccountWithCamera account;
+    const QSet<int> before = openDescriptors();
+    const Program program;
+
+    const auto opened = openDescriptors() - before;
+    for (const int descriptor : opened)
+        QVERIFY2(fcntl(descriptor, F_GETFD) & FD_CLOEXEC, qPrintable(QString::number(descriptor)));
 }
 
 void ApplicationTest::messageIsShownUnchanged_data()

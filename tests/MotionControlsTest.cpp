@@ -400,6 +400,7 @@ private slots:
         Desk desk;
         QWidget other;
         desk.find<QWidget>("leftBtn")->setFocusPolicy(Qt::NoFocus);
+        desk.find<QWidget>("presetEdit")->setFocus();
         const HeldButton held(desk, "leftBtn");
 
         other.show();
