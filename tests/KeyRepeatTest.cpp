@@ -1,4 +1,5 @@
 #include "support/Desk.h"
+#include "support/PaintCounter.h"
 
 #include <QKeyEvent>
 #include <QPushButton>
@@ -71,6 +72,25 @@ private slots:
         release(button, 1000);
         QTRY_VERIFY(!button->isDown());
         QCOMPARE(desk.profile.log(), released);
+    }
+
+    void theCameraStopsBeforeTheReleasedButtonIsDrawn()
+    {
+        Desk desk;
+        auto* button = desk.find<QPushButton>("upBtn");
+        PaintCounter drawings(button);
+        QTRY_VERIFY(drawings.count > 0);
+        drawings.count = 0;
+        press(button, 100);
+        QTRY_VERIFY(drawings.count > 0);
+        drawings.count = 0;
+        int drawingsAtRelease = -1;
+        connect(button, &QPushButton::released, this, [&] { drawingsAtRelease = drawings.count; });
+
+        release(button, 200);
+
+        QTRY_COMPARE(drawingsAtRelease, 0);
+        QTRY_VERIFY(drawings.count > 0);
     }
 
     void aSecondPressComesAfterTheStopOfTheFirst()

@@ -1,8 +1,10 @@
 #include "support/Desk.h"
+#include "support/PaintCounter.h"
 
 #include <QAbstractButton>
 #include <QDialog>
 #include <QLineEdit>
+#include <QMenu>
 #include <QtTest>
 
 namespace {
@@ -102,6 +104,32 @@ private slots:
         QTest::keyRelease(button, Qt::Key_Space);
         QCOMPARE(desk.camera.nextFrame(), QByteArray(control.stopFrame));
         QCOMPARE(desk.profile.log(), QStringList({control.logLine, control.stopLogLine}));
+    }
+
+    void theCameraHasItsCommandBeforeTheButtonIsDrawn_data() { controls(); }
+
+    void theCameraHasItsCommandBeforeTheButtonIsDrawn()
+    {
+        QFETCH(Control, control);
+        Desk desk;
+        auto* button = desk.find<QAbstractButton>(control.button);
+        button->setFocus();
+        PaintCounter drawings(button);
+        QTRY_VERIFY(drawings.count > 0);
+        QCoreApplication::processEvents();
+
+        const auto act = [&](auto press, const char* frame) {
+            drawings.count = 0;
+            press();
+            QCOMPARE(drawings.count, 0);
+            QCOMPARE(desk.camera.nextFrame(), QByteArray(frame));
+            QTRY_VERIFY(drawings.count > 0);
+        };
+        act([button] { QTest::mousePress(button, Qt::LeftButton); }, control.frame);
+        act([button] { QTest::mouseRelease(button, Qt::LeftButton); }, control.stopFrame);
+        act([button] { QTest::keyPress(button, Qt::Key_Space); }, control.frame);
+        act([button] { QTest::keyRelease(button, Qt::Key_Space); }, control.stopFrame);
+        act([button] { QTest::mouseDClick(button, Qt::LeftButton); }, control.frame);
     }
 
     void aHeldKeyThatRepeatsSendsNothingMore_data() { controls(); }
@@ -341,6 +369,21 @@ private slots:
         QTest::keyClick(button, Qt::Key_Escape);
         QTest::keyRelease(button, Qt::Key_Space);
         QCOMPARE(desk.profile.log(), QStringList({"MoveUp", "MoveStop"}));
+    }
+
+    void aMenuThatOpensStopsAHeldKey()
+    {
+        Desk desk;
+        auto* button = desk.find<QAbstractButton>("upBtn");
+        button->setFocus();
+        QTest::keyPress(button, Qt::Key_Space);
+        QMenu menu;
+        menu.addAction("Elsewhere");
+
+        menu.popup(QPoint());
+
+        QCOMPARE(desk.camera.nextFrame(), QByteArray(Up));
+        QCOMPARE(desk.camera.nextFrame(), QByteArray(Stop));
     }
 
     void movingTheFocusStopsAHeldMouseButton()

@@ -33,6 +33,7 @@ AppHoldGuard::~AppHoldGuard()
 
 bool AppHoldGuard::eventFilter(QObject* watched, QEvent* event)
 {
+    auto* button = qobject_cast<QAbstractButton*>(watched);
     switch (event->type()) {
     case QEvent::FocusOut:
     case QEvent::Hide:
@@ -42,13 +43,27 @@ bool AppHoldGuard::eventFilter(QObject* watched, QEvent* event)
         break;
     case QEvent::KeyPress:
     case QEvent::KeyRelease:
-        if (auto* button = qobject_cast<QAbstractButton*>(watched))
-            return isKeyRepeat(button, static_cast<QKeyEvent*>(event));
+        if (button && isKeyRepeat(button, static_cast<QKeyEvent*>(event)))
+            return true;
+        [[fallthrough]];
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+    case QEvent::MouseButtonRelease:
+        if (button)
+            drawLater(button);
         break;
     default:
         break;
     }
     return QObject::eventFilter(watched, event);
+}
+
+void AppHoldGuard::drawLater(QWidget* button)
+{
+    if (!button->updatesEnabled())
+        return;
+    button->setUpdatesEnabled(false);
+    QTimer::singleShot(0, button, [button] { button->setUpdatesEnabled(true); });
 }
 
 bool AppHoldGuard::isKeyRepeat(QAbstractButton* button, const QKeyEvent* event)
@@ -78,9 +93,11 @@ void AppHoldGuard::onKeyReleaseDue()
     keyReleaseTimer.stop();
     if (!waitingButton)
         return;
+    QAbstractButton* button = std::exchange(waitingButton, nullptr);
+    drawLater(button);
     // Straight to the button: it has passed the filter.
     QKeyEvent release(QEvent::KeyRelease, Qt::Key_Space, Qt::NoModifier);
-    static_cast<QObject*>(std::exchange(waitingButton, nullptr))->event(&release);
+    static_cast<QObject*>(button)->event(&release);
 }
 
 void AppHoldGuard::releaseHeldButtons()

@@ -16,6 +16,8 @@ class QWidget;
  *    Here it emits released() in each case, and whenever else the focus leaves, as Qt 5.15 does by itself.
  *  - On X11 a held key repeats as releases and presses, and Qt 5 often takes these for real ones. They carry
  *    one time stamp; such a pair is dropped here.
+ *  - A button draws its new look before it emits pressed() or released(). Here the drawing waits, so that the
+ *    camera has its command first.
  */
 class AppHoldGuard : public QObject
 {
@@ -39,6 +41,7 @@ private slots:
     void onKeyReleaseDue();
 
 private:
+    void drawLater(QWidget* button);
     bool isKeyRepeat(QAbstractButton* button, const QKeyEvent* event);
 
     QList<QAbstractButton*> buttons;
