@@ -324,9 +324,9 @@ void AppVantrelSerial::analyzeBuffer(char* data, int length)
 
     QString line;
     for (int i = 0; i < length; ++i)
-        line += '-' + QString::number(static_cast<uchar>(data[i]), 16);
+        line.append('-').append(QString::number(static_cast<uchar>(data[i]), 16));
     if (length > 0)
-        line += '-' + QString::number(length);
+        line.append('-').append(QString::number(length));
     settings->log(line);
 
     delete[] data;
