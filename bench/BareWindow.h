@@ -23,10 +23,8 @@ public:
     BareWindow(const QPushButton& look, const QString& portName);
 
     QPushButton button;
+    QSerialPort port;
 
 private slots:
     void sendFrame();
-
-private:
-    QSerialPort port;
 };

@@ -1,10 +1,10 @@
+#include "ProcessMemory.h"
 #include "PseudoTerminal.h"
 #include "support/PrivateProfile.h"
 
 #include <benchmark/benchmark.h>
 
 #include <QCoreApplication>
-#include <QFile>
 #include <QProcess>
 #include <QThread>
 
@@ -17,20 +17,6 @@ using Clock = std::chrono::steady_clock;
 
 // Long after the first frame, so that whatever a program puts off is in its memory too.
 constexpr unsigned long SettleMs = 200;
-
-/** The most memory that the process has had in RAM so far, in KiB. */
-double peakMemory(qint64 pid)
-{
-    QFile status("/proc/" + QString::number(pid) + "/status");
-    if (!status.open(QIODevice::ReadOnly))
-        return 0;
-    const auto lines = status.readAll().split('\n');
-    for (const QByteArray& line : lines) {
-        if (line.startsWith("VmHWM:"))
-            return line.mid(6, line.size() - 9).trimmed().toDouble();
-    }
-    return 0;
-}
 
 /** From the start of the process until its first window, with this title, has its content on the screen. */
 void start(State& state, const char* path, const char* title)
@@ -48,7 +34,7 @@ void start(State& state, const char* path, const char* title)
         if (shown != title)
             qFatal("%s shows \"%s\" first", path, shown.constData());
         QThread::msleep(SettleMs);
-        memory = peakMemory(process.processId());
+        memory = processMemory(process.processId(), "VmHWM");
         process.terminate();
         process.waitForFinished();
     }

@@ -1,6 +1,7 @@
 #include "BareWindow.h"
 #include "PlainLog.h"
 #include "PseudoTerminal.h"
+#include "ReplyBurst.h"
 #include "support/PrivateProfile.h"
 #include "support/Program.h"
 
@@ -8,10 +9,13 @@
 
 #include <QFile>
 #include <QSerialPort>
+#include <QSerialPortInfo>
 
 #include <chrono>
 #include <fcntl.h>
+#include <fstream>
 #include <string>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 
@@ -24,12 +28,6 @@ constexpr int FrameSize = sizeof(MoveUpFrame);
 
 // Few enough to fit into the line's buffers, many enough that a pause between two batches weighs nothing.
 constexpr int CommandsPerBatch = 100;
-constexpr int RepliesPerBurst = 500;
-
-constexpr char Acknowledge[] = "\x90\x41\xFF";
-constexpr char Completion[] = "\x90\x51\xFF";
-constexpr char LastReply[] = "\x90\x60\x02\xFF";
-constexpr char LastLogLine[] = "-90-60-2-ff-4\n";
 
 /** Runs the event loop until this many bytes have arrived at the far end of the line; takes them. */
 void take(PseudoTerminal& line, int count)
@@ -38,14 +36,28 @@ void take(PseudoTerminal& line, int count)
         QCoreApplication::processEvents();
 }
 
-/** From `press` until the whole frame is readable at the far end of the line. */
+/** What a press or release of the left mouse button in the middle of the widget sends to it. */
+QMouseEvent mouseEvent(QEvent::Type type, const QWidget& widget)
+{
+    const QPoint middle = widget.rect().center();
+    const auto held = type == QEvent::MouseButtonPress ? Qt::LeftButton : Qt::NoButton;
+    return {type, middle, widget.mapToGlobal(middle), Qt::LeftButton, held, Qt::NoModifier};
+}
+
+/** From `press` until the whole frame that `port` sends is readable at the far end of the line. */
 template <class Press, class Release>
-void press(State& state, PseudoTerminal& line, int bytesOnRelease, Press press, Release release)
+void press(State& state, PseudoTerminal& line, const QSerialPort& port, int bytesOnRelease, Press press,
+           Release release)
 {
     for ([[maybe_unused]] auto _ : state) {
         const auto begin = Clock::now();
         press();
-        take(line, FrameSize);
+        // The event loop runs only as long as the frame needs it: what is drawn after the frame takes no
+        // part.
+        while (port.bytesToWrite() > 0)
+            QCoreApplication::processEvents();
+        for (int arrived = line.read().size(); arrived < FrameSize; arrived += line.read().size())
+            std::this_thread::yield();
         state.SetIterationTime(std::chrono::duration<double>(Clock::now() - begin).count());
 
         release();
@@ -67,36 +79,12 @@ template <class Operation> void command(State& state, PseudoTerminal& line, Oper
     state.SetItemsProcessed(CommandsPerBatch);
 }
 
-QByteArray replyBurst()
-{
-    QByteArray burst;
-    for (int reply = 1; reply < RepliesPerBurst; ++reply)
-        burst += reply % 2 == 1 ? Acknowledge : Completion;
-    return burst + LastReply;
-}
-
-/** Sends the burst to the program, waits for the last of its lines in the activity log and returns the log.
- */
-QByteArray handle(const QByteArray& burst, PseudoTerminal& line, const QString& logPath)
-{
-    QByteArray log;
-    line.write(burst);
-    do {
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        QFile file(logPath);
-        if (file.open(QIODevice::ReadOnly))
-            log = file.readAll();
-    } while (!log.endsWith(LastLogLine));
-    return log;
-}
-
-std::vector<std::string> linesOf(const QByteArray& log)
+std::vector<std::string> linesOf(const QString& logPath)
 {
     std::vector<std::string> lines;
-    const auto parts = log.split('\n');
-    for (const QByteArray& line : parts)
-        lines.push_back(line.toStdString() + '\n');
-    lines.pop_back();
+    std::ifstream log(logPath.toStdString());
+    for (std::string line; std::getline(log, line);)
+        lines.push_back(line + '\n');
     return lines;
 }
 
@@ -110,6 +98,30 @@ template <class Operation> void replies(State& state, const QString& logPath, Op
         handleBurst();
     }
     state.SetItemsProcessed(RepliesPerBurst);
+}
+
+/** From the click on "Settings" until the dialog is shown with its list of ports. */
+void openSettings(State& state, QPushButton& settingsButton, QWidget& dialog)
+{
+    for ([[maybe_unused]] auto _ : state) {
+        const auto begin = Clock::now();
+        emit settingsButton.clicked();
+        state.SetIterationTime(std::chrono::duration<double>(Clock::now() - begin).count());
+
+        if (!QTest::qWaitForWindowExposed(&dialog))
+            qFatal("the settings are not shown");
+        dialog.close();
+        QCoreApplication::processEvents();
+    }
+}
+
+void enumeratePorts(State& state)
+{
+    for ([[maybe_unused]] auto _ : state) {
+        const auto begin = Clock::now();
+        benchmark::DoNotOptimize(QSerialPortInfo::availablePorts());
+        state.SetIterationTime(std::chrono::duration<double>(Clock::now() - begin).count());
+    }
 }
 
 // Short runs of the program and of its floor take turns in random order, so that what else the machine does
@@ -127,6 +139,11 @@ template <class Function> void measureCommand(const char* name, Function functio
 template <class Function> void measureReplies(const char* name, Function function)
 {
     benchmark::RegisterBenchmark(name, function)->Iterations(1)->Repetitions(101);
+}
+
+template <class Function> void measureSettings(const char* name, Function function)
+{
+    benchmark::RegisterBenchmark(name, function)->UseManualTime()->Iterations(1)->Repetitions(51);
 }
 
 } // namespace
@@ -155,27 +172,23 @@ int main(int argc, char** argv)
     const std::string plainLogPath = plainLog.toStdString();
 
     const QByteArray burst = replyBurst();
-    const std::vector<std::string> burstLines = linesOf(handle(burst, camera, profile.logFile()));
+    handle(burst, camera, profile.logFile());
+    const std::vector<std::string> burstLines = linesOf(profile.logFile());
 
+    const auto* port = link->findChild<QSerialPort*>();
+    const auto clicks = [](QPushButton* button, QEvent::Type type) {
+        return [button, event = mouseEvent(type, *button)]() mutable {
+            QCoreApplication::sendEvent(button, &event);
+        };
+    };
     measurePress("press/program", [&](State& state) {
-        press(
-            state, camera, FrameSize, [&] { QTest::mousePress(upButton, Qt::LeftButton); },
-            [&] { QTest::mouseRelease(upButton, Qt::LeftButton); });
+        press(state, camera, *port, FrameSize, clicks(upButton, QEvent::MouseButtonPress),
+              clicks(upButton, QEvent::MouseButtonRelease));
     });
     measurePress("press/floor", [&](State& state) {
-        press(
-            state, bareLine, 0, [&] { QTest::mousePress(bareButton, Qt::LeftButton); },
-            [&] { QTest::mouseRelease(bareButton, Qt::LeftButton); });
+        press(state, bareLine, bare.port, 0, clicks(bareButton, QEvent::MouseButtonPress),
+              clicks(bareButton, QEvent::MouseButtonRelease));
     });
-    measurePress("signal/program", [&](State& state) {
-        press(
-            state, camera, FrameSize, [&] { emit upButton->pressed(); }, [&] { emit upButton->released(); });
-    });
-    measurePress("signal/floor", [&](State& state) {
-        press(
-            state, bareLine, 0, [&] { emit bareButton->pressed(); }, [&] { emit bareButton->released(); });
-    });
-
     measureCommand("command/program", [&](State& state) { command(state, camera, [&] { link->moveUp(); }); });
     measureCommand("command/floor", [&](State& state) {
         command(state, plainLine, [&] {
@@ -193,6 +206,12 @@ int main(int argc, char** argv)
                 writePlainLogLine(plainLogPath, line);
         });
     });
+
+    auto* settingsButton = program.find<QPushButton>("settingsBtn");
+    auto* settingsDialog = program.find<QWidget>("AppSettingWin");
+    measureSettings("settings/program",
+                    [&](State& state) { openSettings(state, *settingsButton, *settingsDialog); });
+    measureSettings("settings/floor", enumeratePorts);
 
     benchmark::RunSpecifiedBenchmarks();
     close(plainPort);
