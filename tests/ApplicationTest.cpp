@@ -440,11 +440,12 @@ void ApplicationTest::noSignalOfTheLinkReachesTheWindowAtExit()
 {
     AccountWithCamera account;
     bool windowIsGone = false;
+    QPointer<QWidget> window;
     {
         const Program program;
-        const QPointer<QWidget> window = program.app.mainWin;
+        window = program.app.mainWin;
         connect(program.app.serial, &AppVantrelSerial::onDeviceDisconnected,
-                [&windowIsGone, window] { windowIsGone = window.isNull(); });
+                [&windowIsGone, &window] { windowIsGone = window.isNull(); });
     }
 
     QVERIFY(windowIsGone);

@@ -59,6 +59,7 @@ QStringList styleRules(const QString& styleSheet)
 QStringList sharedStyleRules()
 {
     return {
+        // The rules longer than a line. NOLINTNEXTLINE(bugprone-suspicious-missing-comma)
         "QGroupBox { color : white; margin-top : 2ex; border-radius : 5px; padding : 8px; "
         "padding-top : 13px; border-style: outset; border-width: 2px; border-color: #1f1f1f }",
         "QMenuBar#menuBar { background : grey; color : white; border-bottom-style: outset; "
