@@ -309,6 +309,7 @@ private slots:
     void closingTheWindowStopsAHeldMotion();
     void closingTheMainWindowClosesTheSettingsToo();
     void withoutACameraTheErrorComesBeforeTheWindow();
+    void aPulledAdapterIsReportedOnceAndConnectFindsItAgain();
     void quittingWhileConnectedFreesThePort();
     void everyMainControlShowsThePointer();
     void everyMainControlShowsThatItIsPressed();
@@ -728,6 +729,30 @@ void RealWindowTest::withoutACameraTheErrorComesBeforeTheWindow()
     place.window->click(ConnectButton);
     pointAway();
     QVERIFY_LOOKS_LIKE("main-connected", *place.window);
+}
+
+void RealWindowTest::aPulledAdapterIsReportedOnceAndConnectFindsItAgain()
+{
+    Workplace place;
+
+    place.bus.unplug(place.port);
+    place.camera.pull();
+    dismissBox();
+    QVERIFY(!Window::isOnScreen(BoxTitle));
+    pointAway();
+    QVERIFY_LOOKS_LIKE("main-disconnected", *place.window);
+    place.window->click(UpButton);
+    QTRY_COMPARE(place.log(), QStringList({"MoveUp", "MoveStop"}));
+
+    CameraEnd cameraAgain;
+    place.port = place.bus.plug("1-1", WchCh340, cameraAgain.portName());
+    place.window->click(ConnectButton);
+    pointAway();
+    QVERIFY_LOOKS_LIKE("main-connected", *place.window);
+    place.window->click(PresetButtons[1]);
+    QCOMPARE(cameraAgain.nextFrame(), recallOf(2));
+    QCOMPARE(place.log(), QStringList({"MoveUp", "MoveStop", place.port, "Call Preset2"}));
+    QCOMPARE(place.quit(), QString());
 }
 
 void RealWindowTest::quittingWhileConnectedFreesThePort()
