@@ -227,7 +227,7 @@ QString AppSettingsManager::macOSXAppBundlePath()
 
 void AppSettingsManager::log(QString message)
 {
-    // QFile also asks for the file's size, twice, and seeks: a line would cost half as much again.
+    // QFile asks for the file's size twice at each open, which nearly doubles what a line takes.
     std::FILE* file = std::fopen(QFile::encodeName(getDefaultPath() + LogFileName).constData(), "a");
     if (!file)
         return;
