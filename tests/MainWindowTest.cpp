@@ -496,6 +496,17 @@ private slots:
         QVERIFY(status->width() < bar->width() - 100);
     }
 
+    void everySignalOfTheLinkIsConnected()
+    {
+        const Desk desk;
+        auto* serial = desk.program->app.serial;
+        auto* window = desk.program->app.mainWin;
+
+        QVERIFY(disconnect(serial, SIGNAL(onDeviceConnected()), window, SLOT(onDeviceConnceted())));
+        QVERIFY(disconnect(serial, SIGNAL(onDeviceDisconnected()), window, SLOT(onDeviceDisconnected())));
+        QVERIFY(disconnect(serial, SIGNAL(onDeviceError()), window, SLOT(onDeviceError())));
+    }
+
     void theSettingsButtonOpensTheOneSettingsDialog()
     {
         const Desk desk;
@@ -506,7 +517,10 @@ private slots:
         QCOMPARE(dialog->parentWidget(), desk.program->app.mainWin);
         QVERIFY(dialog->isHidden());
 
-        QTest::mouseClick(desk.find<QPushButton>("settingsBtn"), Qt::LeftButton);
+        auto* button = desk.find<QPushButton>("settingsBtn");
+        QTest::mousePress(button, Qt::LeftButton);
+        QVERIFY(dialog->isHidden());
+        QTest::mouseRelease(button, Qt::LeftButton);
         QVERIFY(dialog->isVisible());
         QVERIFY(!dialog->isModal());
         QCOMPARE(desk.program->app.mainWin->findChildren<QDialog*>().size(), 1);

@@ -373,6 +373,7 @@ void SettingsStoreTest::portIsAnyText_data()
     QTest::newRow("number") << "17";
     QTest::newRow("path") << "/dev/pts/3";
     QTest::newRow("empty") << "";
+    QTest::newRow("blanks around it") << " COM3 ";
     QTest::newRow("special characters") << "a,b;c=d \"e\" [f] %g \\h";
     QTest::newRow("not Latin") << QString::fromUtf8("カメラ");
 }
