@@ -86,9 +86,9 @@ struct sigaction actionOn(int signalNumber)
 
 QSet<int> openDescriptors()
 {
-    constexpr int More = 1024;
+    constexpr int MoreThanATestOpens = 1024;
     QSet<int> open;
-    for (int descriptor = 0; descriptor < More; ++descriptor) {
+    for (int descriptor = 0; descriptor < MoreThanATestOpens; ++descriptor) {
         if (fcntl(descriptor, F_GETFD) != -1)
             open.insert(descriptor);
     }

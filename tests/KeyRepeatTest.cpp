@@ -83,6 +83,7 @@ private slots:
         drawings.count = 0;
         press(button, 100);
         QTRY_VERIFY(drawings.count > 0);
+        QCoreApplication::processEvents();
         drawings.count = 0;
         int drawingsAtRelease = -1;
         // The connection ends with the counter. clazy:excludeall=lambda-in-connect

@@ -5,6 +5,7 @@
 #include <QDialog>
 #include <QLineEdit>
 #include <QMenu>
+#include <QPushButton>
 #include <QtTest>
 
 namespace {
@@ -126,10 +127,38 @@ private slots:
             QTRY_VERIFY(drawings.count > 0);
         };
         act([button] { QTest::mousePress(button, Qt::LeftButton); }, control.frame);
+        act([button] { moveHeldPointer(button, QPoint(-1, -1)); }, control.stopFrame);
+        act([button] { moveHeldPointer(button, button->rect().center()); }, control.frame);
         act([button] { QTest::mouseRelease(button, Qt::LeftButton); }, control.stopFrame);
         act([button] { QTest::keyPress(button, Qt::Key_Space); }, control.frame);
         act([button] { QTest::keyRelease(button, Qt::Key_Space); }, control.stopFrame);
         act([button] { QTest::mouseDClick(button, Qt::LeftButton); }, control.frame);
+    }
+
+    void whatIsSlowToActIsDrawnFirst_data()
+    {
+        QTest::addColumn<QString>("name");
+        for (const char* name : {"connectBtn", "runOnStartUpCheck"})
+            QTest::newRow(name) << name;
+    }
+
+    void whatIsSlowToActIsDrawnFirst()
+    {
+        QFETCH(QString, name);
+        Desk desk;
+        desk.find<QPushButton>("settingsBtn")->click();
+        auto* button = desk.find<QAbstractButton>(qPrintable(name));
+        PaintCounter drawings(button);
+        QTRY_VERIFY(drawings.count > 0);
+        QTest::mousePress(button, Qt::LeftButton);
+        drawings.count = 0;
+        int drawingsAtRelease = -1;
+        // The connection ends with the counter. clazy:excludeall=lambda-in-connect
+        connect(button, &QAbstractButton::released, &drawings, [&] { drawingsAtRelease = drawings.count; });
+
+        QTest::mouseRelease(button, Qt::LeftButton);
+
+        QCOMPARE(drawingsAtRelease, 1);
     }
 
     void aHeldKeyThatRepeatsSendsNothingMore_data() { controls(); }

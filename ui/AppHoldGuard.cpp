@@ -14,8 +14,9 @@ constexpr int KeyRepeatGapMs = 25;
 
 } // namespace
 
-AppHoldGuard::AppHoldGuard(QWidget* window)
+AppHoldGuard::AppHoldGuard(QWidget* window, const QList<QAbstractButton*>& motion)
     : buttons(window->findChildren<QAbstractButton*>())
+    , motionButtons(motion)
 {
     keyReleaseTimer.setSingleShot(true);
     keyReleaseTimer.setInterval(KeyRepeatGapMs);
@@ -49,8 +50,8 @@ bool AppHoldGuard::eventFilter(QObject* watched, QEvent* event)
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonDblClick:
     case QEvent::MouseButtonRelease:
-        if (button)
-            drawLater(button);
+    case QEvent::MouseMove:
+        drawLater(button);
         break;
     default:
         break;
@@ -58,9 +59,9 @@ bool AppHoldGuard::eventFilter(QObject* watched, QEvent* event)
     return QObject::eventFilter(watched, event);
 }
 
-void AppHoldGuard::drawLater(QWidget* button)
+void AppHoldGuard::drawLater(QAbstractButton* button)
 {
-    if (!button->updatesEnabled())
+    if (!motionButtons.contains(button) || !button->updatesEnabled())
         return;
     button->setUpdatesEnabled(false);
     QTimer::singleShot(0, button, [button] { button->setUpdatesEnabled(true); });

@@ -16,16 +16,21 @@ class QWidget;
  *    Here it emits released() in each case, and whenever else the focus leaves, as Qt 5.15 does by itself.
  *  - On X11 a held key repeats as releases and presses, and Qt 5 often takes these for real ones. They carry
  *    one time stamp; such a pair is dropped here.
- *  - A button draws its new look before it emits pressed() or released(). Here the drawing waits, so that the
- *    camera has its command first.
+ *  - A button that the mouse or a key presses or releases draws its new look before it emits pressed() or
+ *    released(). For the motion buttons the drawing waits, so that the camera has its command first.
  */
 class AppHoldGuard : public QObject
 {
     Q_OBJECT
 
 public:
-    /** Guards all buttons that the window has now. */
-    explicit AppHoldGuard(QWidget* window);
+    /**
+     * Guards all buttons that the window has now.
+     *
+     * @param motion the buttons whose command goes out before they are drawn. What is slow to act had better
+     *               be drawn first, as Qt does it.
+     */
+    AppHoldGuard(QWidget* window, const QList<QAbstractButton*>& motion);
 
     /** Releases what is still held. */
     ~AppHoldGuard() override;
@@ -41,10 +46,11 @@ private slots:
     void onKeyReleaseDue();
 
 private:
-    void drawLater(QWidget* button);
+    void drawLater(QAbstractButton* button);
     bool isKeyRepeat(QAbstractButton* button, const QKeyEvent* event);
 
     QList<QAbstractButton*> buttons;
+    QList<QAbstractButton*> motionButtons;
     QAbstractButton* waitingButton = nullptr;
     ulong waitingSince = 0;
     QTimer keyReleaseTimer;

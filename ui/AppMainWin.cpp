@@ -30,7 +30,8 @@ AppMainWin::AppMainWin(QWidget* parent)
 
     setWindowFlags(Qt::Dialog | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
 
-    holdGuard = new AppHoldGuard(this);
+    holdGuard = new AppHoldGuard(this, {ui->upBtn, ui->leftBtn, ui->homeBtn, ui->rightBtn, ui->zoomInBtn,
+                                        ui->downBtn, ui->zoomOutBtn});
     // Before the connect button's own slot: a motion's stop must be out before the port closes.
     connect(ui->connectBtn, SIGNAL(clicked(bool)), holdGuard, SLOT(releaseHeldButtons()));
 
