@@ -261,6 +261,14 @@ private slots:
         QVERIFY(desk.profile.osascriptRuns().isEmpty());
     }
 
+    void buildingTheDialogStoresNoDefaults()
+    {
+        Desk desk;
+        const QByteArray before = content(desk.profile.settingsFile());
+        desk.program.reset();
+        QCOMPARE(content(desk.profile.settingsFile()), before);
+    }
+
     void aSpeedAboveTheRangeShowsTheMaximumAndStays_data() { speeds(); }
 
     void aSpeedAboveTheRangeShowsTheMaximumAndStays()
