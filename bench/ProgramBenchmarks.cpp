@@ -100,7 +100,7 @@ template <class Operation> void replies(State& state, const QString& logPath, Op
     state.SetItemsProcessed(RepliesPerBurst);
 }
 
-/** From the click on "Settings" until the dialog is shown with its list of ports. */
+/** From the button's signal until the dialog lists the ports and the display has been asked to show it. */
 void openSettings(State& state, QPushButton& settingsButton, QWidget& dialog)
 {
     for ([[maybe_unused]] auto _ : state) {
