@@ -10,6 +10,7 @@
 #include <QMetaMethod>
 #include <QPushButton>
 #include <QSerialPortInfo>
+#include <QSettings>
 #include <QSlider>
 #include <QStyleOptionSlider>
 
@@ -71,12 +72,6 @@ QStringList portList()
     for (const QSerialPortInfo& port : ports)
         names.append(port.portName());
     return names;
-}
-
-QByteArray content(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
 // What is stored now, whether it is in the file yet or not.
@@ -246,27 +241,31 @@ private slots:
             QCOMPARE(desk.find<QCheckBox>(other.checkBox)->isChecked(), other.checkBox == check.checkBox);
     }
 
-    void buildingTheDialogStoresNothing()
+    void buildingTheDialogStoresNothing_data()
     {
-        Desk desk({{"panspeed", 24},
-                   {"tiltspeed", 0},
-                   {"zoomspeed", 3},
-                   {"baudrate", 14400},
-                   {"startuppreset", 500},
-                   {"isstartuppreset", true},
-                   {"runonstartup", true}});
-        const QByteArray before = content(desk.profile.settingsFile());
-        desk.program.reset();
-        QCOMPARE(content(desk.profile.settingsFile()), before);
-        QVERIFY(desk.profile.osascriptRuns().isEmpty());
+        QTest::addColumn<QVariantMap>("stored");
+        QTest::newRow("fresh account") << QVariantMap();
+        QTest::newRow("out of range") << QVariantMap({{"panspeed", 24},
+                                                      {"tiltspeed", 0},
+                                                      {"zoomspeed", 3},
+                                                      {"baudrate", 14400},
+                                                      {"startuppreset", 500},
+                                                      {"isstartuppreset", true},
+                                                      {"runonstartup", true}});
     }
 
-    void buildingTheDialogStoresNoDefaults()
+    void buildingTheDialogStoresNothing()
     {
-        Desk desk;
-        const QByteArray before = content(desk.profile.settingsFile());
+        QFETCH(QVariantMap, stored);
+        Desk desk(stored);
         desk.program.reset();
-        QCOMPARE(content(desk.profile.settingsFile()), before);
+
+        stored.insert("comport", desk.camera.portName());
+        const QSettings file(desk.profile.settingsFile(), QSettings::IniFormat);
+        QCOMPARE(file.allKeys(), QStringList(stored.keys()));
+        for (auto setting = stored.cbegin(); setting != stored.cend(); ++setting)
+            QCOMPARE(file.value(setting.key()).toString(), setting.value().toString());
+        QVERIFY(desk.profile.osascriptRuns().isEmpty());
     }
 
     void aSpeedAboveTheRangeShowsTheMaximumAndStays_data() { speeds(); }
