@@ -36,7 +36,7 @@ AppQuitSignals::AppQuitSignals(QObject* parent)
     // The byte is never read: a quit asked for while the start-up's error box is open holds for the event
     // loop that follows, too.
     auto* notifier = new QSocketNotifier(pipeEnds[0], QSocketNotifier::Read, this);
-    connect(notifier, SIGNAL(activated(int)), QCoreApplication::instance(), SLOT(quit()));
+    connect(notifier, &QSocketNotifier::activated, this, [] { QCoreApplication::exit(); });
 
     for (const int number : QuitSignals) {
         struct sigaction action = {};

@@ -2,8 +2,10 @@
 
 int main(int argc, char** argv)
 {
-    // Qt reads this attribute while the application object is being built.
+#if QT_VERSION_MAJOR < 6
+    // Qt reads this attribute while the application object is being built; Qt 6 always scales.
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling, true);
+#endif
     QGuiApplication::setDesktopSettingsAware(true);
 
     VantrelApp app(argc, argv);

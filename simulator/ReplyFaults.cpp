@@ -41,7 +41,7 @@ void ReplyFaults::take(const QByteArray& reply, Time now)
         rest.prepend(noise());
     if (faults.split) {
         for (int cuts = random.bounded(1, mostCuts + 1); cuts > 0 && rest.size() > 1; --cuts) {
-            const int cut = random.bounded(1, rest.size());
+            const int cut = random.bounded(1, static_cast<int>(rest.size()));
             send(rest.left(cut), due);
             rest.remove(0, cut);
             due = lastDue + randomTime(shortestGap, longestGap);

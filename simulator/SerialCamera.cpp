@@ -36,7 +36,7 @@ QString SerialCamera::plugIn()
         return failure;
 
     notifier.emplace(terminal->descriptor(), QSocketNotifier::Read);
-    connect(&*notifier, SIGNAL(activated(int)), this, SLOT(readLine()));
+    connect(&*notifier, &QSocketNotifier::activated, this, &SerialCamera::readLine);
     emit reported(QString("Camera at %1").arg(terminal->path()));
     if (!portLink.path().isEmpty())
         emit reported(QString("Link at %1").arg(portLink.path()));

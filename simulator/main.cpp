@@ -151,7 +151,10 @@ std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv, bool w
 {
     if (!withView)
         return std::make_unique<QCoreApplication>(argc, argv);
+#if QT_VERSION_MAJOR < 6
+    // Qt 6 always scales.
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling);
+#endif
     const QtMessageHandler usual = qInstallMessageHandler(failWithoutDisplay);
     auto application = std::make_unique<QApplication>(argc, argv);
     qInstallMessageHandler(usual);

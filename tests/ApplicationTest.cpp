@@ -181,15 +181,20 @@ void ApplicationTest::closingTheWindowEndsTheProgramWithSuccess()
 
 void ApplicationTest::mainAsksForHighDpiScalingAndDesktopSettings()
 {
+#if QT_VERSION_MAJOR < 6
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling, false);
+#endif
     QGuiApplication::setDesktopSettingsAware(false);
     AccountWithCamera account;
-    bool scaling = false;
+    // Qt 6 always scales.
+    bool scaling = true;
     bool desktopSettings = false;
     WhenWindowIsShown exit([&] {
+#if QT_VERSION_MAJOR < 6
         scaling = QCoreApplication::testAttribute(Qt::AA_EnableHighDpiScaling);
+#endif
         desktopSettings = QGuiApplication::desktopSettingsAware();
-        QCoreApplication::quit();
+        QCoreApplication::exit();
     });
 
     runMain();

@@ -430,7 +430,7 @@ void CommandFramesTest::rawBytesGoOutAsTheyAre()
     QByteArray raw = QByteArray::fromHex(bytes);
 
     desk.link()->sendHex(raw.data(), 0);
-    desk.link()->sendHex(raw.data(), raw.size());
+    desk.link()->sendHex(raw.data(), static_cast<int>(raw.size()));
 
     QCOMPARE(desk.camera.take(raw.size()), bytes);
     QCOMPARE(desk.profile.log(), QStringList());

@@ -16,7 +16,7 @@ constexpr char Lost[] = "Connect, Device disconnected, closed, told once, onDevi
 // How the window and the link stand, and what the user and the window have been told of it.
 QString stateOf(Desk& desk, const LinkSignals& heard)
 {
-    const int told = desk.user.boxes().size() + MessageBoxWatcher::openCount();
+    const auto told = desk.user.boxes().size() + MessageBoxWatcher::openCount();
     return QStringList({desk.find<QPushButton>("connectBtn")->text(),
                         desk.find<QStatusBar>("statusBar")->findChild<QLabel*>()->text(),
                         desk.link()->isConnected() ? "open" : "closed",

@@ -369,7 +369,7 @@ private slots:
     {
         Desk desk({{"isstartuppreset", true}});
         desk.find<QPushButton>("connectBtn")->click();
-        const int earlierRecalls = desk.profile.log().size();
+        const auto earlierRecalls = desk.profile.log().size();
 
         QStringList named;
         const ToolTipWatcher toolTips([&](const QObject* changed) {

@@ -120,7 +120,7 @@ void ReplyFaultsTest::lateSendsLater()
 
 void ReplyFaultsTest::splitCutsEachReplyAnywhereAndLosesNothing()
 {
-    QSet<int> firstPieces;
+    QSet<qint64> firstPieces;
     for (quint32 seed = 0; seed < seeds; ++seed) {
         Options options = withSeed(seed);
         options.split = true;
@@ -184,7 +184,7 @@ void ReplyFaultsTest::splitAndJoinCutAcrossReplies()
         const std::vector<Sent> sent = sentWith(options);
         QCOMPARE(stream(sent), ack() + completion() + position());
         for (const Sent& piece : sent) {
-            const int end = piece.bytes.indexOf('\xFF');
+            const auto end = piece.bytes.indexOf('\xFF');
             acrossReplies += end >= 0 && end < piece.bytes.size() - 1 ? 1 : 0;
         }
     }
@@ -193,7 +193,7 @@ void ReplyFaultsTest::splitAndJoinCutAcrossReplies()
 
 void ReplyFaultsTest::noiseComesBeforeRepliesAndNeverBeginsOne()
 {
-    QSet<int> amounts;
+    QSet<qint64> amounts;
     for (quint32 seed = 0; seed < seeds; ++seed) {
         Options options = withSeed(seed);
         options.noise = true;
@@ -205,7 +205,7 @@ void ReplyFaultsTest::noiseComesBeforeRepliesAndNeverBeginsOne()
         QCOMPARE(stream(sent).count('\x90'), 3);
         amounts.insert(sent[0].bytes.size() - ack().size());
     }
-    QCOMPARE(amounts, QSet<int>({1, 2, 3, 4}));
+    QCOMPARE(amounts, QSet<qint64>({1, 2, 3, 4}));
 }
 
 void ReplyFaultsTest::repliesGetTheLengthAskedFor_data()
@@ -246,9 +246,9 @@ void ReplyFaultsTest::allFaultsTogetherKeepTheOrder()
         const std::vector<Sent> sent = sentWith(options);
         QVERIFY(sent.front().at >= 500ms);
         const QByteArray bytes = stream(sent);
-        const int first = bytes.indexOf(QByteArray::fromHex("90 41 00 ff"));
-        const int second = bytes.indexOf(QByteArray::fromHex("90 51 00 ff"));
-        const int third = bytes.indexOf(QByteArray::fromHex("90 50 0f ff"));
+        const auto first = bytes.indexOf(QByteArray::fromHex("90 41 00 ff"));
+        const auto second = bytes.indexOf(QByteArray::fromHex("90 51 00 ff"));
+        const auto third = bytes.indexOf(QByteArray::fromHex("90 50 0f ff"));
         QVERIFY(first > 0 && second > first && third > second);
         QCOMPARE(bytes.size(), third + 4);
     }

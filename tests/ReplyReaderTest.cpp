@@ -31,7 +31,7 @@ QStringList analyses(const PrivateProfile& profile)
 void sendChunk(Desk& desk, const QByteArray& bytes)
 {
     const QString line = bytes.toHex();
-    const int before = desk.profile.log().count(line);
+    const auto before = desk.profile.log().count(line);
     desk.camera.reply(bytes.toHex());
     QTRY_COMPARE(desk.profile.log().count(line), before + 1);
 }
@@ -352,7 +352,7 @@ void ReplyReaderTest::analysisOfAnyLengthIsLogged()
     char* storage = new char[static_cast<std::size_t>(bytes.size())];
     std::copy(bytes.begin(), bytes.end(), storage);
 
-    desk.link()->analyzeBuffer(storage, bytes.size());
+    desk.link()->analyzeBuffer(storage, static_cast<int>(bytes.size()));
 
     QCOMPARE(desk.profile.log(), QStringList({"Analyze Buffer", line}));
 }

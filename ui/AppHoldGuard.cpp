@@ -23,7 +23,7 @@ AppHoldGuard::AppHoldGuard(QWidget* window, const QList<QAbstractButton*>& motio
     connect(&keyReleaseTimer, SIGNAL(timeout()), this, SLOT(onKeyReleaseDue()));
 
     window->installEventFilter(this);
-    for (QAbstractButton* button : qAsConst(buttons))
+    for (QAbstractButton* button : std::as_const(buttons))
         button->installEventFilter(this);
 }
 
@@ -104,7 +104,7 @@ void AppHoldGuard::onKeyReleaseDue()
 void AppHoldGuard::releaseHeldButtons()
 {
     onKeyReleaseDue();
-    for (QAbstractButton* button : qAsConst(buttons)) {
+    for (QAbstractButton* button : std::as_const(buttons)) {
         if (!button->isDown())
             continue;
         // A mouse button let go outside: otherwise the button would go down again when the mouse, still held,

@@ -46,7 +46,7 @@ AppSettingWin::AppSettingWin(QWidget* parent)
     connect(ui->startUpPresetCombo, SIGNAL(currentIndexChanged(int)), this,
             SLOT(onStartupPresetChanged(int)));
     connect(ui->comPortCombo, SIGNAL(currentTextChanged(QString)), this, SLOT(onComPortChanged(QString)));
-    connect(ui->baudRateCombo, SIGNAL(currentIndexChanged(QString)), this, SLOT(onBaudRateChanged(QString)));
+    connect(ui->baudRateCombo, SIGNAL(currentTextChanged(QString)), this, SLOT(onBaudRateChanged(QString)));
     connect(ui->invertPanCheck, SIGNAL(clicked(bool)), this, SLOT(onInvertPanChecked()));
     connect(ui->invertTiltCheck, SIGNAL(clicked(bool)), this, SLOT(onInvertTiltChecked()));
 
@@ -146,7 +146,7 @@ void AppSettingWin::onBaudRateChanged(QString val)
     if (isLoading)
         return;
 
-    const int baudRate = val.midRef(static_cast<int>(qstrlen(BaudPrefix))).toInt();
+    const int baudRate = val.mid(static_cast<int>(qstrlen(BaudPrefix))).toInt();
     vantrelApp()->settingsManager->setBaudRate(baudRate == 0 ? DefaultBaudRate : baudRate);
 }
 

@@ -131,7 +131,7 @@ private slots:
             0, -1, 255, 256, std::numeric_limits<int>::min(), std::numeric_limits<int>::max()};
         for (int count = rounds(1000, 100000); count > 0; --count)
             numbers.append(texts.anyNumber());
-        for (const int number : qAsConst(numbers)) {
+        for (const int number : std::as_const(numbers)) {
             desk.link()->callPreset(number);
             const auto byte = static_cast<char>(number % 255);
             QCOMPARE(desk.camera.nextFrame().left(17), "81 01 04 3f 02 " + QByteArray(1, byte).toHex());
@@ -139,7 +139,7 @@ private slots:
             if (byte == '\xFF')
                 QCOMPARE(desk.camera.nextFrame(), QByteArray("ff"));
         }
-        qInfo("presets called by any number: %d", numbers.size());
+        qInfo("presets called by any number: %lld", static_cast<qint64>(numbers.size()));
     }
 
     void anyTextInTheNumberFieldIsANumberOrIsRefused()
@@ -151,7 +151,7 @@ private slots:
             const QString text = texts.any();
             desk.find<QLineEdit>("presetEdit")->setText(text);
             const int number = desk.find<QLineEdit>("presetEdit")->text().toInt();
-            const int boxes = desk.user.texts().size();
+            const auto boxes = desk.user.texts().size();
 
             desk.find<QPushButton>("callBtn")->click();
             const bool isRefused = desk.user.texts().size() > boxes;

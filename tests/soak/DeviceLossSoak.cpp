@@ -210,7 +210,7 @@ private slots:
         const int warmUp = rounds(10, 100);
         const int count = rounds(50, 1000);
         Memory before = Memory::now();
-        int descriptors = 0;
+        qint64 descriptors = 0;
         for (int round = 0; round < warmUp + count; ++round) {
             if (round == warmUp) {
                 before = Memory::now();

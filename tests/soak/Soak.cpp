@@ -54,7 +54,7 @@ QString Memory::growthSince(const Memory& earlier) const
            inKiB(residentBytes - earlier.residentBytes);
 }
 
-int openDescriptors()
+qint64 openDescriptors()
 {
     return QDir("/proc/self/fd").entryList(QDir::Files | QDir::System | QDir::NoDotAndDotDot).size();
 }

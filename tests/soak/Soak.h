@@ -23,7 +23,7 @@ struct Memory
 };
 
 /** How many files and lines the process has open. */
-int openDescriptors();
+qint64 openDescriptors();
 
 /** Follows a log file: what was written since the last look. */
 class LogTail

@@ -12,11 +12,11 @@ QByteArray CameraEnd::nextFrame()
         return received.contains(terminator);
     }));
 
-    const int end = received.indexOf(terminator);
+    const auto end = received.indexOf(terminator);
     return remove(end < 0 ? received.size() : end + 1);
 }
 
-QByteArray CameraEnd::take(int count)
+QByteArray CameraEnd::take(Size count)
 {
     // The system hands bytes from one end of the line to the other in its own time.
     for (const QDeadlineTimer deadline(5000); received.size() < count && !deadline.hasExpired();) {
@@ -37,7 +37,7 @@ void CameraEnd::reply(const QByteArray& hex)
     terminal.write(QByteArray::fromHex(hex));
 }
 
-QByteArray CameraEnd::remove(int count)
+QByteArray CameraEnd::remove(Size count)
 {
     const QByteArray bytes = received.left(count);
     received.remove(0, count);

@@ -12,6 +12,9 @@
 class CameraEnd
 {
 public:
+    /** int with Qt 5, qsizetype with Qt 6. */
+    using Size = decltype(QByteArray().size());
+
     QString portName() const { return terminal.path(); }
 
     /**
@@ -26,7 +29,7 @@ public:
      *
      * @return the bytes in the same form, or those there are after five seconds
      */
-    QByteArray take(int count);
+    QByteArray take(Size count);
 
     /** Everything that has arrived and was not taken yet, in the same form; does not wait. */
     QByteArray pending();
@@ -39,7 +42,7 @@ public:
 
 private:
     void receive();
-    QByteArray remove(int count);
+    QByteArray remove(Size count);
 
     PseudoTerminal terminal;
     QByteArray received;

@@ -88,7 +88,7 @@ QVector<QStringList> PrivateProfile::osascriptRuns() const
         QByteArrayList arguments = file.readLine().split('\0');
         arguments.removeLast();
         runs.append(QStringList());
-        for (const QByteArray& argument : qAsConst(arguments))
+        for (const QByteArray& argument : std::as_const(arguments))
             runs.last().append(QString::fromUtf8(argument));
     }
     return runs;

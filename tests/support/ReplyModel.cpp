@@ -18,7 +18,7 @@ QString listing(const QByteArray& reply)
 
 QString ReplyModel::check(const QStringList& lines)
 {
-    int position = 0;
+    decltype(lines.size()) position = 0;
     while (position < lines.size()) {
         const QByteArray chunk = QByteArray::fromHex(lines[position].toLatin1());
         if (chunk.isEmpty() || !onTheLine.startsWith(chunk))
@@ -39,10 +39,10 @@ QStringList ReplyModel::linesFor(const QByteArray& chunk)
     QStringList lines(chunk.toHex());
     stream += chunk;
     for (;;) {
-        const int begin = stream.indexOf(ReplyBegin);
+        const auto begin = stream.indexOf(ReplyBegin);
         stream.remove(0, begin < 0 ? stream.size() : begin);
         const QByteArray candidate = stream.left(LongestReply);
-        const int end = candidate.indexOf(ReplyEnd);
+        const auto end = candidate.indexOf(ReplyEnd);
         if (end < 0 && candidate.size() < LongestReply)
             return lines;
 
