@@ -53,7 +53,6 @@ private slots:
         QTest::newRow("upBtn") << QStringList("MoveUp") << QStringList({"MoveUp", "MoveStop"});
         QTest::newRow("zoomInBtn") << QStringList("ZoomIn") << QStringList({"ZoomIn", "ZoomStop"});
         QTest::newRow("homeBtn") << QStringList("Home") << QStringList("Home");
-        QTest::newRow("preset2Btn") << QStringList() << QStringList("Call Preset2");
     }
 
     void repeatsOfAHeldKeyDoNothing()

@@ -135,19 +135,10 @@ private slots:
         act([button] { QTest::mouseDClick(button, Qt::LeftButton); }, control.frame);
     }
 
-    void whatIsSlowToActIsDrawnFirst_data()
+    void connectWhichIsSlowToActIsDrawnFirst()
     {
-        QTest::addColumn<QString>("name");
-        for (const char* name : {"connectBtn", "runOnStartUpCheck"})
-            QTest::newRow(name) << name;
-    }
-
-    void whatIsSlowToActIsDrawnFirst()
-    {
-        QFETCH(QString, name);
         Desk desk;
-        desk.find<QPushButton>("settingsBtn")->click();
-        auto* button = desk.find<QAbstractButton>(qPrintable(name));
+        auto* button = desk.find<QAbstractButton>("connectBtn");
         PaintCounter drawings(button);
         QTRY_VERIFY(drawings.count > 0);
         QTest::mousePress(button, Qt::LeftButton);

@@ -14,15 +14,13 @@ constexpr int KeyRepeatGapMs = 25;
 
 } // namespace
 
-AppHoldGuard::AppHoldGuard(QWidget* window, const QList<QAbstractButton*>& motion)
-    : buttons(window->findChildren<QAbstractButton*>())
-    , motionButtons(motion)
+AppHoldGuard::AppHoldGuard(const QList<QAbstractButton*>& motionButtons)
+    : buttons(motionButtons)
 {
     keyReleaseTimer.setSingleShot(true);
     keyReleaseTimer.setInterval(KeyRepeatGapMs);
     connect(&keyReleaseTimer, SIGNAL(timeout()), this, SLOT(onKeyReleaseDue()));
 
-    window->installEventFilter(this);
     for (QAbstractButton* button : std::as_const(buttons))
         button->installEventFilter(this);
 }
@@ -34,7 +32,7 @@ AppHoldGuard::~AppHoldGuard()
 
 bool AppHoldGuard::eventFilter(QObject* watched, QEvent* event)
 {
-    auto* button = qobject_cast<QAbstractButton*>(watched);
+    auto* button = static_cast<QAbstractButton*>(watched);
     switch (event->type()) {
     case QEvent::FocusOut:
     case QEvent::Hide:
@@ -44,7 +42,7 @@ bool AppHoldGuard::eventFilter(QObject* watched, QEvent* event)
         break;
     case QEvent::KeyPress:
     case QEvent::KeyRelease:
-        if (button && isKeyRepeat(button, static_cast<QKeyEvent*>(event)))
+        if (isKeyRepeat(button, static_cast<QKeyEvent*>(event)))
             return true;
         [[fallthrough]];
     case QEvent::MouseButtonPress:
@@ -61,7 +59,7 @@ bool AppHoldGuard::eventFilter(QObject* watched, QEvent* event)
 
 void AppHoldGuard::drawLater(QAbstractButton* button)
 {
-    if (!motionButtons.contains(button) || !button->updatesEnabled())
+    if (!button->updatesEnabled())
         return;
     button->setUpdatesEnabled(false);
     QTimer::singleShot(0, button, [button] { button->setUpdatesEnabled(true); });
@@ -72,18 +70,17 @@ bool AppHoldGuard::isKeyRepeat(QAbstractButton* button, const QKeyEvent* event)
     const bool isPress = event->type() == QEvent::KeyPress;
     if (isPress && button == waitingButton && event->timestamp() == waitingSince) {
         waitingButton = nullptr;
-        keyReleaseTimer.stop();
         return true;
     }
     onKeyReleaseDue();
 
     // Other platforms tell repeats from real releases by themselves; nothing there has to wait.
     static const bool isX11 = QGuiApplication::platformName() == "xcb";
-    const bool isButtonKey = event->key() == Qt::Key_Space || event->key() == Qt::Key_Select;
-    if (!isX11 || isPress || event->isAutoRepeat() || !isButtonKey || !button->isDown())
+    if (!isX11 || isPress || event->isAutoRepeat() || !button->isDown())
         return false;
 
     waitingButton = button;
+    waitingKey = event->key();
     waitingSince = event->timestamp();
     keyReleaseTimer.start();
     return true;
@@ -91,26 +88,26 @@ bool AppHoldGuard::isKeyRepeat(QAbstractButton* button, const QKeyEvent* event)
 
 void AppHoldGuard::onKeyReleaseDue()
 {
-    keyReleaseTimer.stop();
     if (!waitingButton)
         return;
     QAbstractButton* button = std::exchange(waitingButton, nullptr);
     drawLater(button);
     // Straight to the button: it has passed the filter.
-    QKeyEvent release(QEvent::KeyRelease, Qt::Key_Space, Qt::NoModifier);
+    QKeyEvent release(QEvent::KeyRelease, waitingKey, Qt::NoModifier);
     static_cast<QObject*>(button)->event(&release);
 }
 
 void AppHoldGuard::releaseHeldButtons()
 {
-    onKeyReleaseDue();
+    waitingButton = nullptr;
     for (QAbstractButton* button : std::as_const(buttons)) {
         if (!button->isDown())
             continue;
         // A mouse button let go outside: otherwise the button would go down again when the mouse, still held,
         // moves on it.
-        QMouseEvent letGo(QEvent::MouseButtonRelease, QPointF(-1, -1), Qt::LeftButton, Qt::NoButton,
-                          Qt::NoModifier);
+        const QPoint outside(-1, -1);
+        QMouseEvent letGo(QEvent::MouseButtonRelease, outside, button->mapToGlobal(outside), Qt::LeftButton,
+                          Qt::NoButton, Qt::NoModifier);
         QCoreApplication::sendEvent(button, &letGo);
         emit button->released();
     }

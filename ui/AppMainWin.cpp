@@ -8,6 +8,7 @@
 #include "ui_AppMainWin.h"
 
 #include <QLabel>
+#include <QSignalBlocker>
 
 namespace {
 
@@ -30,8 +31,8 @@ AppMainWin::AppMainWin(QWidget* parent)
 
     setWindowFlags(Qt::Dialog | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
 
-    holdGuard = new AppHoldGuard(this, {ui->upBtn, ui->leftBtn, ui->homeBtn, ui->rightBtn, ui->zoomInBtn,
-                                        ui->downBtn, ui->zoomOutBtn});
+    holdGuard = new AppHoldGuard(
+        {ui->upBtn, ui->leftBtn, ui->homeBtn, ui->rightBtn, ui->zoomInBtn, ui->downBtn, ui->zoomOutBtn});
     // Before the connect button's own slot: a motion's stop must be out before the port closes.
     connect(ui->connectBtn, SIGNAL(clicked(bool)), holdGuard, SLOT(releaseHeldButtons()));
 
@@ -72,7 +73,11 @@ AppMainWin::AppMainWin(QWidget* parent)
 
 AppMainWin::~AppMainWin()
 {
-    delete holdGuard;
+    {
+        // A stop that fails now is of no use to this window, nor to the user.
+        const QSignalBlocker quiet(vantrelApp()->serial);
+        delete holdGuard;
+    }
     delete settingWin;
     delete statusLabel;
     delete ui;
