@@ -3,11 +3,16 @@
 #include "app/VantrelApp.h"
 #include "settings/AppSettingsManager.h"
 
+#include <QEvent>
 #include <QSerialPortInfo>
+#include <QSocketNotifier>
 #include <QTimer>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <termios.h>
+#include <utility>
 
 namespace {
 
@@ -122,6 +127,11 @@ void AppVantrelSerial::openSerialPort()
     if (!isOpened)
         return;
 
+    // What wakes the event loop when bytes arrive, and when the line hangs up.
+    const auto notifiers = serialPort->findChildren<QSocketNotifier*>();
+    for (QSocketNotifier* notifier : notifiers)
+        notifier->installEventFilter(this);
+
     replyBuffer = new char[ReplyStorageSize];
     replyIndex = NoReply;
     emit onDeviceConnected();
@@ -142,36 +152,53 @@ bool AppVantrelSerial::isConnected()
     return serialPort->isOpen();
 }
 
+bool AppVantrelSerial::eventFilter(QObject* watched, QEvent* event)
+{
+    // Before the port reads: what it makes of a line that is gone depends on the version of Qt, and may be
+    // nothing.
+    if (event->type() == QEvent::SockAct && noticeLoss())
+        return true;
+    return QObject::eventFilter(watched, event);
+}
+
+bool AppVantrelSerial::noticeLoss()
+{
+    termios attributes{};
+    if (!serialPort->isOpen() || tcgetattr(serialPort->handle(), &attributes) == 0)
+        return false;
+
+    // The port's own words are about an older error.
+    const QString reason = QString::fromLocal8Bit(std::strerror(errno));
+    // A line that is gone wakes the event loop without end, also while the box below is open.
+    serialPort->close();
+    showError(reason);
+    closeSerialPort();
+    return true;
+}
+
 void AppVantrelSerial::onErrorOccured(QSerialPort::SerialPortError err)
 {
-    if (err == QSerialPort::NoError)
+    if (err == QSerialPort::NoError || signalsBlocked() || noticeLoss())
         return;
 
-    const QString reason = serialPort->errorString();
     // A port that does not open is no device lost, whatever the error.
-    const bool deviceLost = !isOpening && (err == QSerialPort::ResourceError || isHungUp());
-    // An open port on a hung-up line reports errors without end, also while the box below is open.
-    if (deviceLost && serialPort->isOpen())
-        serialPort->close();
+    const bool isFailedOpen = std::exchange(isOpening, false);
+    showError(serialPort->errorString());
+    isOpening = isFailedOpen;
 
-    if (!errorsOnScreen.contains(reason)) {
-        errorsOnScreen.append(reason);
-        vantrelApp()->showMessage(reason);
-        errorsOnScreen.removeOne(reason);
-    }
-
-    if (deviceLost)
+    if (err == QSerialPort::ResourceError && !isFailedOpen)
         closeSerialPort();
     else
         emit onDeviceError();
 }
 
-bool AppVantrelSerial::isHungUp() const
+void AppVantrelSerial::showError(const QString& reason)
 {
-    // Where the device of an open terminal is gone, the operating system refuses to tell the terminal's
-    // attributes. Qt 5 looks at a stale errno there and may call the loss any error.
-    termios attributes{};
-    return serialPort->isOpen() && tcgetattr(serialPort->handle(), &attributes) == -1;
+    if (errorsOnScreen.contains(reason))
+        return;
+    errorsOnScreen.append(reason);
+    vantrelApp()->showMessage(reason);
+    errorsOnScreen.removeOne(reason);
 }
 
 void AppVantrelSerial::moveUp()
@@ -220,6 +247,8 @@ void AppVantrelSerial::moveHome()
 
     auto* timer = new QTimer(this);
     timer->setSingleShot(true);
+    // Any other timer may be 50 ms early.
+    timer->setTimerType(Qt::PreciseTimer);
     connect(timer, &QTimer::timeout, timer, [this] { writeZoomFrame(ZoomWide, ZoomSpeedMax); });
     timer->start(HomeZoomDelayMs);
 }

@@ -14,8 +14,9 @@
  * port is closed. Nothing waits for the camera. Speeds are read from the settings store at each command and
  * go out as they are stored, cut to a byte.
  *
- * Errors of the port are shown to the user in the port's own words; beyond that the link speaks through its
- * signals only.
+ * Errors of the port are shown to the user in the port's own words, and the loss of the line in those of the
+ * operating system; beyond that the link speaks through its signals only. While these are blocked it shows
+ * nothing either.
  */
 class AppVantrelSerial : public QObject
 {
@@ -108,6 +109,9 @@ public:
      */
     void analyzeBuffer(char* data, int length);
 
+    /** Looks at the line whenever it wakes the event loop, before the port reads from it. */
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 signals:
     /** The port was opened. */
     void onDeviceConnected();
@@ -131,7 +135,8 @@ private:
     void writePresetFrame(char action, int preset);
     void writeFrame(const char* bytes, qint64 count);
     void collectReplyByte(char byte);
-    bool isHungUp() const;
+    bool noticeLoss();
+    void showError(const QString& reason);
 
     QSerialPort* serialPort;
     char* replyBuffer = nullptr;

@@ -7,6 +7,9 @@
 #include <QStatusBar>
 #include <QTimer>
 
+#include <cerrno>
+#include <cstring>
+
 namespace {
 
 constexpr char Up[] = "81 01 06 01 05 05 03 01 ff";
@@ -22,6 +25,12 @@ QString stateOf(Desk& desk, const LinkSignals& heard)
                         desk.link()->isConnected() ? "open" : "closed",
                         told == 1 ? QString("told once") : QString("told %1 times").arg(told), heard.names()})
         .join(", ");
+}
+
+// What the operating system says of a line that is gone.
+QString lineIsGone()
+{
+    return QString::fromLocal8Bit(std::strerror(EIO));
 }
 
 QSerialPort* portOf(const Desk& desk)
@@ -50,9 +59,10 @@ private slots:
     void pulledWithAnotherBoxOpen();
     void pulledRightBeforeDisconnecting();
     void pulledRightBeforeTheExit();
+    void pulledBeforeTheExitStopsAHeldButton();
     void pulledAsTheStartUpPresetGoesOut();
 
-    void resourceErrorIsALoss();
+    void resourceErrorOnAStandingLineClosesItAfterTheBox();
     void anyErrorOfADeadLineIsALoss_data();
     void anyErrorOfADeadLineIsALoss();
 
@@ -75,7 +85,7 @@ void DeviceLossTest::pulledAdapterIsToldOnceAndDisconnects()
     QCoreApplication::processEvents();
     QCOMPARE(stateOf(desk, heard), Lost);
     QCOMPARE(desk.user.boxes().constFirst().title, "Vantrel");
-    QVERIFY(!desk.user.boxes().constFirst().text.isEmpty());
+    QCOMPARE(desk.user.texts(), QStringList(lineIsGone()));
     QCOMPARE(desk.profile.log(), QStringList());
 }
 
@@ -250,6 +260,23 @@ void DeviceLossTest::pulledRightBeforeTheExit()
     QCOMPARE(desk.user.texts(), QStringList());
 }
 
+void DeviceLossTest::pulledBeforeTheExitStopsAHeldButton()
+{
+    Desk desk;
+    const LinkSignals heard(desk.link());
+    QTest::mousePress(desk.find<QPushButton>("upBtn"), Qt::LeftButton);
+    QCOMPARE(desk.camera.nextFrame(), Up);
+    QString heardByTheWindow;
+    connect(desk.program->app.mainWin, &QObject::destroyed, this, [&] { heardByTheWindow = heard.names(); });
+
+    desk.camera.pull();
+    desk.program.reset();
+
+    QCOMPARE(desk.user.texts(), QStringList());
+    QCOMPARE(heardByTheWindow, "");
+    QCOMPARE(desk.profile.log(), QStringList({"MoveUp", "MoveStop"}));
+}
+
 void DeviceLossTest::pulledAsTheStartUpPresetGoesOut()
 {
     Desk desk({{"isstartuppreset", true}, {"startuppreset", 7}});
@@ -269,18 +296,18 @@ void DeviceLossTest::pulledAsTheStartUpPresetGoesOut()
     QCOMPARE(desk.user.boxes().size(), 1);
 }
 
-void DeviceLossTest::resourceErrorIsALoss()
+void DeviceLossTest::resourceErrorOnAStandingLineClosesItAfterTheBox()
 {
     Desk desk;
     const LinkSignals heard(desk.link());
-    bool openWhileTold = true;
+    bool openWhileTold = false;
     desk.user.whenOpen([&] { openWhileTold = desk.link()->isConnected(); });
     const QString reason = portOf(desk)->errorString();
 
     emit portOf(desk)->errorOccurred(QSerialPort::ResourceError);
 
     QCOMPARE(stateOf(desk, heard), Lost);
-    QVERIFY(!openWhileTold);
+    QVERIFY(openWhileTold);
     QCOMPARE(desk.user.texts(), QStringList(reason));
 }
 
@@ -305,6 +332,7 @@ void DeviceLossTest::anyErrorOfADeadLineIsALoss()
     QCOMPARE(stateOf(desk, heard), Lost);
     QCoreApplication::processEvents();
     QCOMPARE(stateOf(desk, heard), Lost);
+    QCOMPARE(desk.user.texts(), QStringList(lineIsGone()));
 }
 
 void DeviceLossTest::reconnectingToAMissingAdapterIsReported()

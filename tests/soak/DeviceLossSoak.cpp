@@ -10,6 +10,7 @@
 #include <QStatusBar>
 
 #include <cerrno>
+#include <cstring>
 #include <ctime>
 
 namespace {
@@ -152,7 +153,7 @@ private slots:
             for (int turn = 0; turn < 20; ++turn)
                 QCoreApplication::processEvents();
             QCOMPARE(socket.user->texts().size(), 1);
-            QVERIFY(!socket.user->texts().constFirst().isEmpty());
+            QCOMPARE(socket.user->texts().constFirst(), QString::fromLocal8Bit(std::strerror(EIO)));
             QVERIFY(!openWithBox);
             QCOMPARE(disconnections.count(), 1);
             QCOMPARE(socket.connectText(), QString("Connect"));
