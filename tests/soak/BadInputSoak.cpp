@@ -174,7 +174,8 @@ private slots:
         {
             AppSettingsManager store;
             for (int preset = 1; preset <= count; ++preset) {
-                names.append(texts.any());
+                // Half of a surrogate pair is no character, and Qt 6 does not store it.
+                names.append(QString::fromUtf8(texts.any().toUtf8()));
                 store.setPresetName(preset, names.constLast());
             }
             store.setPresetName(0, QString(100000, 'x'));
