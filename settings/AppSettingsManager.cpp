@@ -63,6 +63,14 @@ AppSettingsManager::AppSettingsManager()
     if (lock.exists() && lock.size() == 0)
         QFile::remove(lock.filePath());
 
+#if QT_VERSION_MAJOR < 6
+    // Qt 6 stores text as UTF-8, and Qt 5 as escapes, which both read. So Qt 5 reads all of it as UTF-8 now;
+    // told to write it, too, it would break the characters that take two of QChar.
+    settings->setIniCodec("UTF-8");
+    settings->allKeys();
+    settings->setIniCodec(static_cast<QTextCodec*>(nullptr));
+#endif
+
     qDebug() << getDefaultPath();
 }
 

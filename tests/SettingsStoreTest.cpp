@@ -125,6 +125,8 @@ private slots:
     void unreadableFileGivesTheDefaults();
     void valuesHoldInMemoryWhereTheFileCannotBeWritten();
 
+    void namesWrittenWithAnyQtAreReadAndKept_data();
+    void namesWrittenWithAnyQtAreReadAndKept();
     void runAsAdminIsOnlyStored();
     void storeHasNoParentAndNoSignals();
 };
@@ -538,6 +540,40 @@ void SettingsStoreTest::valuesHoldInMemoryWhereTheFileCannotBeWritten()
     store.store.reset();
     store.store.emplace();
     QCOMPARE(store->getCOMPort(), "COM1");
+}
+
+void SettingsStoreTest::namesWrittenWithAnyQtAreReadAndKept_data()
+{
+    QTest::addColumn<QString>("file");
+    for (const char* file : {"qt-5.15.8.ini", "qt-6.4.2.ini"})
+        QTest::newRow(file) << SOURCE_DIR "/tests/settings-files/" + QString(file);
+}
+
+void SettingsStoreTest::namesWrittenWithAnyQtAreReadAndKept()
+{
+    QFETCH(QString, file);
+    const QString names[] = {u8"Bühne", u8"舞台",         u8"🎥 Kamera",        "\"Altar\"",
+                             "a, b; c", "  both ends  ",  "back\\slash \\x41", "@Home",
+                             "100 %1",  "x=y\ttab\nline", "<h1>Altar</h1>",    "\x7f\x01",
+                             ""};
+    StoreAlone store;
+    QByteArray stored = contentOf(file);
+
+    // As it was stored, then stored again by the Qt at hand.
+    for (const int speed : {1, 2}) {
+        restartOn(store, stored);
+        QCOMPARE(store->getCOMPort(), QString(u8"Bühne 1%/ü=\"x\""));
+        int preset = FirstPreset;
+        for (const QString& name : names) {
+            QCOMPARE(store->getPresetName(preset), name);
+            store->setPresetName(preset++, name);
+        }
+        QCOMPARE(store->getBaudRate(), 19200);
+        QVERIFY(store->getInvertPan());
+        store->setPanSpeed(speed);
+        store.store.reset();
+        stored = contentOf(store.profile.settingsFile());
+    }
 }
 
 void SettingsStoreTest::runAsAdminIsOnlyStored()
