@@ -18,6 +18,8 @@ int argumentCount = 0;
 VantrelApp::VantrelApp(int argc, char** argv)
     : QApplication(argumentCount = argc, argv)
 {
+    // A Wayland desktop finds the program's icon by it.
+    setDesktopFileName("vantrel");
     QIcon icon;
     for (const char* size : {"16", "24", "32", "48", "64", "128"})
         icon.addFile(QString(":/icon/") + size);

@@ -9,6 +9,7 @@
 #include <QMainWindow>
 #include <QMetaMethod>
 #include <QPushButton>
+#include <QScreen>
 #include <QSerialPort>
 #include <QStatusBar>
 
@@ -542,6 +543,28 @@ private slots:
         QCOMPARE(front.count, 0);
         QVERIFY(desk.program->app.mainWin->isActiveWindow());
         QVERIFY(dialog->isVisible());
+    }
+
+    void theSettingsOpenBesideTheMainWindow_data()
+    {
+        QTest::addColumn<bool>("atTheRightEdge");
+        QTest::newRow("room at the right") << false;
+        QTest::newRow("room at the left") << true;
+    }
+
+    void theSettingsOpenBesideTheMainWindow()
+    {
+        QFETCH(bool, atTheRightEdge);
+        const Desk desk;
+        AppMainWin* window = desk.program->app.mainWin;
+        const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+        window->move(atTheRightEdge ? screen.right() - window->width() : screen.left(), screen.top());
+        const auto* dialog = desk.find<QDialog>("AppSettingWin");
+
+        desk.find<QPushButton>("settingsBtn")->click();
+
+        QVERIFY(!dialog->frameGeometry().intersects(window->frameGeometry()));
+        QVERIFY(screen.contains(dialog->frameGeometry()));
     }
 
     void theShowSettingsActionDoesNothing()

@@ -3,6 +3,7 @@
 
 #include <QLineEdit>
 #include <QPushButton>
+#include <QTextDocument>
 
 namespace {
 
@@ -207,9 +208,9 @@ private slots:
         QCOMPARE(toolTips(desk), names);
     }
 
-    void aNameShowsAsToolTipAndAccessibleName_data() { quickPresets(); }
+    void aNameIsTheToolTipAndGoesWithTheNumberToAScreenReader_data() { quickPresets(); }
 
-    void aNameShowsAsToolTipAndAccessibleName()
+    void aNameIsTheToolTipAndGoesWithTheNumberToAScreenReader()
     {
         QFETCH(int, preset);
         const Desk desk;
@@ -219,8 +220,30 @@ private slots:
         QStringList names = defaultNames();
         names[preset - 1] = QString::fromUtf8("Chœur à gauche");
         QCOMPARE(toolTips(desk), names);
-        QCOMPARE(accessibleName(presetButton(desk, preset)), names[preset - 1]);
+        QCOMPARE(accessibleName(presetButton(desk, preset)),
+                 QString("Preset%1: %2").arg(preset).arg(names[preset - 1]));
         QCOMPARE(presetButton(desk, preset)->text(), QString());
+    }
+
+    void aPresetWithoutANameIsItsNumberToAScreenReader()
+    {
+        const Desk desk;
+
+        for (int preset = 1; preset <= 9; ++preset)
+            QCOMPARE(accessibleName(presetButton(desk, preset)), QString("Preset%1").arg(preset));
+    }
+
+    void aNameThatLooksLikeMarkupShowsAsTyped()
+    {
+        const QString name = "<h1>Altar</h1>  &amp; <b>Chor";
+        const Desk desk;
+        desk.settings()->setPresetName(4, name);
+        desk.program->app.mainWin->loadPresetNames();
+
+        QTextDocument shown;
+        shown.setHtml(presetButton(desk, 4)->toolTip());
+        QCOMPARE(shown.toPlainText(), name);
+        QVERIFY(Qt::mightBeRichText(presetButton(desk, 4)->toolTip()));
     }
 
     void anEmptyNameStoresTheDefaultName()

@@ -4,6 +4,7 @@
 #include "ui/AppSettingWin.h"
 #include "ui_AppSettingWin.h"
 
+#include <QAccessible>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QLabel>
@@ -357,6 +358,46 @@ private slots:
         QTest::keyClick(checkBox, Qt::Key_Space);
         expected.insert(check.key, "false");
         QCOMPARE(storedSettings(desk), expected);
+    }
+
+    void aCheckBoxSwitchedByAssistiveSoftwareActsAsClicked_data() { checks(); }
+
+    void aCheckBoxSwitchedByAssistiveSoftwareActsAsClicked()
+    {
+        QFETCH(Check, check);
+        Desk desk;
+        openDialog(desk);
+        QVariantMap expected = storedSettings(desk);
+        auto* checkBox = desk.find<QCheckBox>(check.checkBox);
+        QAccessibleInterface* interface = QAccessible::queryAccessibleInterface(checkBox);
+        QCOMPARE(interface->role(), QAccessible::CheckBox);
+        QCOMPARE(interface->text(QAccessible::Name), checkBox->text());
+        QVERIFY(interface->state().checkable);
+
+        for (const char* choice : {"true", "false"}) {
+            interface->actionInterface()->doAction(QAccessibleActionInterface::toggleAction());
+            expected.insert(check.key, choice);
+            QTRY_COMPARE(storedSettings(desk), expected);
+            QCOMPARE(interface->state().checked, checkBox->isChecked());
+        }
+        interface->actionInterface()->doAction(QAccessibleActionInterface::setFocusAction());
+        QTRY_VERIFY(checkBox->hasFocus());
+        QCOMPARE(storedSettings(desk), expected);
+    }
+
+    void aLabelOrDescriptionTellsAssistiveSoftwareWhatAListIsFor()
+    {
+        const Desk desk;
+        const auto labelOf = [&desk](const char* list) {
+            const auto relations = QAccessible::queryAccessibleInterface(desk.find<QComboBox>(list))
+                                       ->relations(QAccessible::Label);
+            return relations.isEmpty() ? QString() : relations.constFirst().first->text(QAccessible::Name);
+        };
+        QCOMPARE(labelOf("comPortCombo"), QString("COM port"));
+        QCOMPARE(labelOf("baudRateCombo"), QString("BaudRate"));
+        QCOMPARE(QAccessible::queryAccessibleInterface(desk.find<QComboBox>("startUpPresetCombo"))
+                     ->text(QAccessible::Description),
+                 QString("Preset to recall at every connect"));
     }
 
     void aCheckThatIsNotTheUsersStoresNothing_data() { checks(); }

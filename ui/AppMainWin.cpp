@@ -3,12 +3,17 @@
 #include "app/VantrelApp.h"
 #include "camera/AppVantrelSerial.h"
 #include "settings/AppSettingsManager.h"
+#include "ui/AppFocusRing.h"
 #include "ui/AppHoldGuard.h"
 #include "ui/AppSettingWin.h"
 #include "ui_AppMainWin.h"
 
+#include <QAccessible>
 #include <QLabel>
+#include <QScreen>
 #include <QSignalBlocker>
+#include <QTextDocument>
+#include <QWindow>
 
 namespace {
 
@@ -33,6 +38,10 @@ AppMainWin::AppMainWin(QWidget* parent)
 
     holdGuard = new AppHoldGuard(
         {ui->upBtn, ui->leftBtn, ui->homeBtn, ui->rightBtn, ui->zoomInBtn, ui->downBtn, ui->zoomOutBtn});
+    focusRing = new AppFocusRing(this);
+    // Nothing acts on a key before the user has chosen it.
+    ui->centralWidget->setFocus();
+
     // Before the connect button's own slot: a motion's stop must be out before the port closes.
     connect(ui->connectBtn, SIGNAL(clicked(bool)), holdGuard, SLOT(releaseHeldButtons()));
 
@@ -78,6 +87,7 @@ AppMainWin::~AppMainWin()
         const QSignalBlocker quiet(vantrelApp()->serial);
         delete holdGuard;
     }
+    delete focusRing;
     delete settingWin;
     delete statusLabel;
     delete ui;
@@ -85,8 +95,21 @@ AppMainWin::~AppMainWin()
 
 void AppMainWin::onSettingsBtnClicked()
 {
-    if (settingWin->isHidden())
-        settingWin->show();
+    if (!settingWin->isHidden())
+        return;
+    placeSettings();
+    settingWin->show();
+}
+
+void AppMainWin::placeSettings()
+{
+    const QRect screen = windowHandle()->screen()->availableGeometry();
+    const QRect own = frameGeometry();
+    const int frameWidth = own.width() - width();
+    const int settingsWidth = settingWin->width() + frameWidth;
+    const int right = own.x() + own.width();
+    const bool fitsAtTheRight = right + settingsWidth <= screen.x() + screen.width();
+    settingWin->move(fitsAtTheRight ? right : qMax(screen.x(), own.x() - settingsWidth), own.y());
 }
 
 void AppMainWin::onConnectBtnClicked()
@@ -108,15 +131,27 @@ void AppMainWin::onDeviceConnceted()
     if (ui->connectBtn->text() == ConnectText)
         return;
 
-    statusLabel->setText("Connected to Port: " + settings->getCOMPort() +
-                         "\tBaudRate: " + QString::number(settings->getBaudRate()));
+    showStatus("Connected to Port: " + settings->getCOMPort() +
+               "\tBaudRate: " + QString::number(settings->getBaudRate()));
     loadPresetNames();
 }
 
 void AppMainWin::onDeviceDisconnected()
 {
     ui->connectBtn->setText(ConnectText);
-    statusLabel->setText("Device disconnected");
+    showStatus("Device disconnected");
+}
+
+void AppMainWin::showStatus(const QString& text)
+{
+    statusLabel->setText(text);
+#if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
+    // An alert does not reach Linux, and this event is not known before.
+    QAccessibleAnnouncementEvent announcement(statusLabel, text);
+#else
+    QAccessibleEvent announcement(statusLabel, QAccessible::Alert);
+#endif
+    QAccessible::updateAccessibility(&announcement);
 }
 
 void AppMainWin::onDeviceError()
@@ -287,8 +322,9 @@ void AppMainWin::loadPresetNames()
                                     ui->preset7Btn, ui->preset8Btn, ui->preset9Btn};
     int preset = FirstPreset;
     for (QPushButton* button : buttons) {
-        const QString name = vantrelApp()->settingsManager->getPresetName(preset++);
-        button->setToolTip(name);
-        button->setAccessibleName(name);
+        const QString name = vantrelApp()->settingsManager->getPresetName(preset);
+        const QString number = defaultPresetName(preset++);
+        button->setToolTip(Qt::mightBeRichText(name) ? Qt::convertFromPlainText(name) : name);
+        button->setAccessibleName(name == number ? name : number + ": " + name);
     }
 }

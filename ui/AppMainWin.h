@@ -4,6 +4,7 @@
 
 #include <optional>
 
+class AppFocusRing;
 class AppHoldGuard;
 class AppSettingWin;
 class QLabel;
@@ -32,7 +33,10 @@ public:
      */
     void savePresetName(int preset, QString name);
 
-    /** Shows the stored names of presets 1 to 9 as the tooltips and accessible names of their buttons. */
+    /**
+     * Shows the stored names of presets 1 to 9 as the tooltips of their buttons, as they were typed.
+     * Assistive software is told the number, too.
+     */
     void loadPresetNames();
 
 private slots:
@@ -67,10 +71,13 @@ private slots:
     void onDeviceError();
 
 private:
+    void placeSettings();
     std::optional<int> enteredPreset() const;
+    void showStatus(const QString& text);
 
     Ui_AppMainWin* ui;
     AppSettingWin* settingWin;
     QLabel* statusLabel;
     AppHoldGuard* holdGuard;
+    AppFocusRing* focusRing;
 };

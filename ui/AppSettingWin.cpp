@@ -2,6 +2,8 @@
 
 #include "app/VantrelApp.h"
 #include "settings/AppSettingsManager.h"
+#include "ui/AppAccessibleCheckBox.h"
+#include "ui/AppFocusRing.h"
 #include "ui_AppSettingWin.h"
 
 #include <QSerialPortInfo>
@@ -33,6 +35,11 @@ AppSettingWin::AppSettingWin(QWidget* parent)
     adjustSize();
     setWindowFlags(Qt::Dialog | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
 
+    AppAccessibleCheckBox::install();
+    focusRing = new AppFocusRing(this);
+    // Nothing acts on a key before the user has chosen it.
+    setFocus();
+
     for (int preset = FirstPreset; preset <= LastPreset; ++preset)
         ui->startUpPresetCombo->addItem("PRESET" + QString::number(preset));
     for (const int baudRate : BaudRates)
@@ -55,6 +62,7 @@ AppSettingWin::AppSettingWin(QWidget* parent)
 
 AppSettingWin::~AppSettingWin()
 {
+    delete focusRing;
     delete ui;
 }
 

@@ -2,6 +2,7 @@
 
 #include <QDialog>
 
+class AppFocusRing;
 class Ui_AppSettingWin;
 
 /**
@@ -44,4 +45,5 @@ private slots:
 private:
     bool isLoading;
     Ui_AppSettingWin* ui;
+    AppFocusRing* focusRing;
 };
