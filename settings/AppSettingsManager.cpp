@@ -11,8 +11,6 @@
 #include <QSettings>
 #include <QStandardPaths>
 
-#include <cstdio>
-
 namespace {
 
 constexpr char SettingsFileName[] = "setting.ini";
@@ -235,17 +233,11 @@ QString AppSettingsManager::macOSXAppBundlePath()
 
 void AppSettingsManager::log(QString message)
 {
-    // QFile asks for the file's size twice at each open, which nearly doubles what a line takes.
-    std::FILE* file = std::fopen(QFile::encodeName(getDefaultPath() + LogFileName).constData(), "a");
-    if (!file)
+    QFile file(getDefaultPath() + LogFileName);
+    if (!file.open(QIODevice::Append))
         return;
 
-    // Unbuffered, a line of any length goes out in one write. One that does not get through is lost in
-    // silence. NOLINTBEGIN(cert-err33-c)
-    std::setvbuf(file, nullptr, _IONBF, 0);
-    const QByteArray line = (message + '\n').toUtf8();
-    std::fwrite(line.constData(), 1, static_cast<std::size_t>(line.size()), file);
-    std::fflush(file);
-    std::fclose(file);
-    // NOLINTEND(cert-err33-c)
+    file.write((message + '\n').toUtf8());
+    file.flush();
+    file.close();
 }
