@@ -1,0 +1,167 @@
+#include "support/Desk.h"
+
+#include <QFile>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QRegularExpression>
+#include <QSerialPort>
+
+#include <fcntl.h>
+#include <sys/ioctl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+/** For its life this process has no more rights than any user; it may run as root. */
+class AsAnyUser
+{
+public:
+    AsAnyUser()
+    {
+        constexpr uid_t nobody = 65534;
+        if (geteuid() == 0 && seteuid(nobody) != 0)
+            qFatal("cannot become another user");
+    }
+
+    ~AsAnyUser()
+    {
+        if (seteuid(getuid()) != 0)
+            qFatal("cannot become this user again");
+    }
+    Q_DISABLE_COPY(AsAnyUser)
+};
+
+// The messages of the table in README.md, in its order.
+QStringList documentedMessages()
+{
+    QFile readme(SOURCE_DIR "/README.md");
+    if (!readme.open(QIODevice::ReadOnly))
+        qFatal("there is no README.md");
+    const QString text = QString::fromUtf8(readme.readAll());
+    const QString table = text.section("| A box says | It means |", 1).section("\n\n", 0, 0);
+    QStringList messages;
+    const QRegularExpression row("^\\| `([^`]*)` \\|", QRegularExpression::MultilineOption);
+    for (auto match = row.globalMatch(table); match.hasNext();)
+        messages.append(match.next().captured(1));
+    return messages;
+}
+
+void disconnectAndChoose(Desk& desk, const QString& port)
+{
+    desk.find<QPushButton>("connectBtn")->click();
+    desk.settings()->setCOMPort(port);
+}
+
+void connect(Desk& desk)
+{
+    desk.find<QPushButton>("connectBtn")->click();
+}
+
+void aMissingPort(Desk& desk)
+{
+    disconnectAndChoose(desk, "/dev/missing");
+    connect(desk);
+}
+
+void aPortThatOthersMayNotOpen(Desk& desk)
+{
+    const CameraEnd other;
+    QCOMPARE(chmod(qPrintable(other.portName()), 0), 0);
+    disconnectAndChoose(desk, other.portName());
+    const AsAnyUser user;
+    connect(desk);
+}
+
+void aPortThatASecondControllerHolds(Desk& desk)
+{
+    const CameraEnd other;
+    QSerialPort holder(other.portName());
+    QVERIFY(holder.open(QIODevice::ReadWrite));
+    disconnectAndChoose(desk, other.portName());
+    connect(desk);
+}
+
+void aPortThatAnotherProgramHasClaimed(Desk& desk)
+{
+    const CameraEnd other;
+    QCOMPARE(chmod(qPrintable(other.portName()), 0666), 0);
+    const int holder = open(qPrintable(other.portName()), O_RDWR | O_NOCTTY);
+    QCOMPARE(ioctl(holder, TIOCEXCL), 0);
+    disconnectAndChoose(desk, other.portName());
+    {
+        const AsAnyUser user;
+        connect(desk);
+    }
+    close(holder);
+}
+
+void aPulledAdapter(Desk& desk)
+{
+    desk.camera.pull();
+    QTRY_COMPARE(desk.user.boxes().size(), 1);
+}
+
+void aNumberThatIsNoPreset(Desk& desk)
+{
+    desk.find<QLineEdit>("presetEdit")->setText("65");
+    desk.find<QPushButton>("callBtn")->click();
+}
+
+void aStoredPreset(Desk& desk)
+{
+    desk.find<QLineEdit>("presetEdit")->setText("5");
+    desk.find<QPushButton>("setBtn")->click();
+}
+
+} // namespace
+
+using Situation = void (*)(Desk&);
+Q_DECLARE_METATYPE(Situation)
+
+/** Every message that a user can meet stands in the README, and the README has no other. */
+class MessagesTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void theReadmeExplainsWhatIsShown_data();
+    void theReadmeExplainsWhatIsShown();
+    void theReadmeExplainsNothingElse();
+
+private:
+    QStringList shown;
+};
+
+void MessagesTest::theReadmeExplainsWhatIsShown_data()
+{
+    QTest::addColumn<Situation>("situation");
+    QTest::newRow("missing port") << Situation(aMissingPort);
+    QTest::newRow("refused") << Situation(aPortThatOthersMayNotOpen);
+    QTest::newRow("locked") << Situation(aPortThatASecondControllerHolds);
+    QTest::newRow("claimed") << Situation(aPortThatAnotherProgramHasClaimed);
+    QTest::newRow("pulled") << Situation(aPulledAdapter);
+    QTest::newRow("number out of range") << Situation(aNumberThatIsNoPreset);
+    QTest::newRow("preset stored") << Situation(aStoredPreset);
+}
+
+void MessagesTest::theReadmeExplainsWhatIsShown()
+{
+    QFETCH(Situation, situation);
+    Desk desk;
+
+    situation(desk);
+
+    QCOMPARE(desk.user.texts().size(), 1);
+    shown += desk.user.texts();
+    QVERIFY2(documentedMessages().contains(shown.constLast()), qPrintable(shown.constLast()));
+}
+
+void MessagesTest::theReadmeExplainsNothingElse()
+{
+    QCOMPARE(shown, documentedMessages());
+}
+
+QTEST_APPLESS_MAIN(MessagesTest)
+
+#include "MessagesTest.moc"
