@@ -1,6 +1,6 @@
-#include "CameraView.h"
 #include "SerialCamera.h"
 #include "app/AppQuitSignals.h"
+#include "view/CameraView.h"
 
 #include <QApplication>
 #include <QCommandLineParser>

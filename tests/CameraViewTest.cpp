@@ -1,5 +1,5 @@
-#include "CameraView.h"
-#include "PolygonFill.h"
+#include "view/CameraView.h"
+#include "view/PolygonFill.h"
 
 #include <QPainter>
 #include <QProcess>
