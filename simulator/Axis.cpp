@@ -2,9 +2,11 @@
 
 #include <algorithm>
 
-Axis::Axis(double lowLimit, double highLimit)
+Axis::Axis(double lowLimit, double highLimit, double start)
     : low(lowLimit)
     , high(highLimit)
+    , from(start)
+    , until(start)
 {
 }
 
@@ -25,7 +27,7 @@ void Axis::run(double speed, Time now)
     from = position(now);
     since = now;
     velocity = speed;
-    until = speed < 0 ? low : high;
+    until = speed < 0 ? std::min(low, from) : std::max(high, from);
     hasTarget = false;
 }
 
@@ -33,7 +35,7 @@ void Axis::goTo(double target, double speed, Time now)
 {
     from = position(now);
     since = now;
-    until = target;
+    until = std::clamp(target, low, high);
     velocity = until < from ? -speed : speed;
     hasTarget = true;
 }
@@ -50,4 +52,10 @@ Axis::Time Axis::arrival() const
         return Time::zero();
     const std::chrono::duration<double> journey((until - from) / velocity);
     return since + std::chrono::ceil<Time>(journey);
+}
+
+void Axis::setLimits(double lowLimit, double highLimit)
+{
+    low = lowLimit;
+    high = highLimit;
 }

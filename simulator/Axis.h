@@ -3,29 +3,35 @@
 #include <chrono>
 
 /**
- * One moving part of the camera: pan, tilt or zoom.
+ * One moving part of the camera: pan, tilt, zoom or focus.
  *
  * The position is a plain function of time, so it does not depend on how often anybody looks. Positions are
- * in the axis' own unit (degrees for pan and tilt, zoom steps for zoom), speeds in that unit per second, and
- * times are milliseconds on the camera's clock.
+ * in the axis' own unit (degrees for pan and tilt, the line's steps for zoom and focus), speeds in that unit
+ * per second, and times are milliseconds on the camera's clock.
  */
 class Axis
 {
 public:
     using Time = std::chrono::milliseconds;
 
-    /** An axis that stands still at 0, somewhere between its mechanical limits. */
-    Axis(double lowLimit, double highLimit);
+    /** An axis that stands still at `start`, somewhere between its limits. */
+    Axis(double lowLimit, double highLimit, double start);
 
     double position(Time now) const;
 
     /** Whether the position still changes. */
     bool isMoving(Time now) const;
 
+    /** Whether it runs without a target, be it against a limit. */
+    bool isDriven() const { return velocity != 0 && !hasTarget; }
+
+    /** Whether it stands where the last goTo() led. */
+    bool hasArrived(Time now) const { return hasTarget && !isMoving(now); }
+
     /** Runs at `speed` until a limit or the next order; a negative speed runs down, 0 stops. */
     void run(double speed, Time now);
 
-    /** Goes to `target` (within the limits) at `speed` (greater than 0) and stays there. */
+    /** Goes to `target`, or as far as the limits allow, at `speed` (greater than 0) and stays there. */
     void goTo(double target, double speed, Time now);
 
     /** Stops a goTo() under way; leaves an axis alone that runs without a target. */
@@ -34,12 +40,19 @@ public:
     /** When the last goTo() reaches its target; time 0 for an axis that has no target. */
     Time arrival() const;
 
+    double lowLimit() const { return low; }
+
+    double highLimit() const { return high; }
+
+    /** The limits of the orders that follow; an axis that stands beyond them stays there until then. */
+    void setLimits(double lowLimit, double highLimit);
+
 private:
     double low;
     double high;
-    double from = 0;
+    double from;
     Time since{0};
     double velocity = 0;
-    double until = 0;
+    double until;
     bool hasTarget = false;
 };

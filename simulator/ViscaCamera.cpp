@@ -1,8 +1,9 @@
 #include "ViscaCamera.h"
 
+#include "FramePattern.h"
+
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <utility>
 
 namespace {
@@ -14,62 +15,17 @@ constexpr Time videoFrame{17};
 // Cameras in the field acknowledge 20 to 35 ms after the command and complete a drive 11 ms later.
 constexpr Time replyDelay{25};
 constexpr Time completionDelay{11};
-// An unfinished frame followed by this much silence will never be finished.
-constexpr Time frameTimeout{1000};
 // About a second of commands; what arrives beyond that is answered like a command that finds both sockets
 // busy.
 constexpr std::size_t longestQueue = 64;
 
-constexpr int longestFrame = 16;
 constexpr char terminator = '\xFF';
 
-constexpr int fastestPanCode = 0x18;
-constexpr int fastestTiltCode = 0x14;
-constexpr int standardZoomCode = 3;
-constexpr int fastestZoomCode = 7;
 constexpr int highestPreset = 127;
-
-// Degrees per second.
-constexpr double panSpeedPerCode = 3.3;
-constexpr double tiltSpeedPerCode = 2.5;
-constexpr double fastestPan = 80;
-constexpr double fastestTilt = 50;
-
-// At the standard speed the zoom goes from end to end in 4.5 seconds.
-constexpr double zoomSpeedPerCode = ViscaCamera::zoomTele / 4.5 / (standardZoomCode + 1);
-
-double panSpeed(int code)
-{
-    return std::min(code * panSpeedPerCode, fastestPan);
-}
-
-double tiltSpeed(int code)
-{
-    return std::min(code * tiltSpeedPerCode, fastestTilt);
-}
-
-// Code 0 is the slowest speed, not a stop.
-double zoomSpeed(int code)
-{
-    return (code + 1) * zoomSpeedPerCode;
-}
 
 int byteAt(const QByteArray& frame, int index)
 {
     return static_cast<quint8>(frame.at(index));
-}
-
-bool isHeader(char byte)
-{
-    return (static_cast<quint8>(byte) & 0xF0) == 0x80;
-}
-
-// `pattern` is a whole frame in lower-case hexadecimal digits; a dot stands for any digit.
-bool matches(const QByteArray& frame, const char* pattern)
-{
-    const QByteArray digits = frame.toHex(' ');
-    return std::equal(digits.begin(), digits.end(), pattern, pattern + std::strlen(pattern),
-                      [](char digit, char wanted) { return wanted == '.' || digit == wanted; });
 }
 
 // VISCA sends a 16-bit number as four bytes of four bits each, the highest first; negative ones as two's
@@ -98,21 +54,20 @@ QByteArray socketReply(int type, int socket, const QByteArray& errorCode = {})
 ViscaCamera::ViscaCamera(BusyRules busyRules)
     : rules(busyRules)
     , sockets{{{1}, {2}}}
-    , panAxis(-panLimit, panLimit)
-    , tiltAxis(tiltLowLimit, tiltHighLimit)
-    , zoomAxis(0, zoomTele)
 {
 }
 
 std::vector<ViscaCamera::Event> ViscaCamera::receive(const QByteArray& bytes, Time now)
 {
     runUntil(now);
-    forgetStaleFrame();
-    for (const char byte : bytes)
-        receiveByte(byte);
-    reportNoise();
-    if (!bytes.isEmpty())
-        lastByteAt = clock;
+    for (const FrameReader::Piece& piece : reader.take(bytes, clock)) {
+        if (piece.kind == FrameReader::Piece::Kind::Frame)
+            frameArrived(piece.bytes);
+        else if (piece.kind == FrameReader::Piece::Kind::Noise)
+            events.push_back({Event::Kind::Noise, piece.bytes, "no frame, ignored"});
+        else
+            events.push_back({Event::Kind::Noise, piece.bytes, "unfinished frame, forgotten"});
+    }
     return takeEvents();
 }
 
@@ -137,12 +92,12 @@ std::optional<ViscaCamera::Time> ViscaCamera::nextDue() const
 
 ViscaCamera::Position ViscaCamera::position() const
 {
-    return {panAxis.position(clock), tiltAxis.position(clock), zoomAxis.position(clock)};
+    return mechanics.position(clock);
 }
 
 bool ViscaCamera::isMoving() const
 {
-    return panAxis.isMoving(clock) || tiltAxis.isMoving(clock) || zoomAxis.isMoving(clock);
+    return mechanics.isMoving(clock);
 }
 
 void ViscaCamera::runUntil(Time now)
@@ -174,33 +129,6 @@ std::vector<ViscaCamera::Event> ViscaCamera::takeEvents()
     return std::exchange(events, {});
 }
 
-void ViscaCamera::receiveByte(char byte)
-{
-    if (unfinishedFrame.isEmpty() && !isHeader(byte)) {
-        strayBytes.append(byte);
-        return;
-    }
-    reportNoise();
-    // One byte too many is kept to tell a frame that is too long, and no more than that.
-    if (unfinishedFrame.size() <= longestFrame)
-        unfinishedFrame.append(byte);
-    if (byte == terminator)
-        frameArrived(std::exchange(unfinishedFrame, {}));
-}
-
-void ViscaCamera::forgetStaleFrame()
-{
-    if (unfinishedFrame.isEmpty() || clock - lastByteAt < frameTimeout)
-        return;
-    events.push_back({Event::Kind::Noise, std::exchange(unfinishedFrame, {}), "unfinished frame, forgotten"});
-}
-
-void ViscaCamera::reportNoise()
-{
-    if (!strayBytes.isEmpty())
-        events.push_back({Event::Kind::Noise, std::exchange(strayBytes, {}), "no frame, ignored"});
-}
-
 void ViscaCamera::frameArrived(const QByteArray& frame)
 {
     Instruction instruction = decode(frame);
@@ -218,9 +146,9 @@ void ViscaCamera::frameArrived(const QByteArray& frame)
 
 ViscaCamera::Instruction ViscaCamera::decode(const QByteArray& frame)
 {
-    if (matches(frame, "88 30 01 ff"))
+    if (matchFrame(frame, "88 30 01 FF"))
         return {"address set", [=] { reply("\x88\x30\x02\xFF", "the next camera would have address 2"); }};
-    if (matches(frame, "88 01 00 01 ff")) {
+    if (matchFrame(frame, "88 01 00 01 FF")) {
         return {"interface clear, broadcast", [=] {
                     clearSockets();
                     reply(frame, "interface cleared");
@@ -231,27 +159,27 @@ ViscaCamera::Instruction ViscaCamera::decode(const QByteArray& frame)
         return {"unknown broadcast, ignored", {}};
     if (address != 1)
         return {QString("for camera %1, ignored").arg(address), {}};
-    if (frame.size() > longestFrame)
+    if (frame.size() > FrameReader::longestFrame)
         return refusal("too long");
-    if (matches(frame, "81 01 06 01 .. .. 0. 0. ff"))
+    if (matchFrame(frame, "81 01 06 01 ?? ?? 0? 0? FF"))
         return decodeDrive(frame);
-    if (matches(frame, "81 01 06 04 ff"))
+    if (matchFrame(frame, "81 01 06 04 FF"))
         return {"home", [=] { travel({0, 0, std::nullopt}); }};
-    if (matches(frame, "81 01 04 07 .. ff"))
+    if (matchFrame(frame, "81 01 04 07 ?? FF"))
         return decodeZoom(frame);
-    if (matches(frame, "81 01 04 3f 0. .. ff"))
+    if (matchFrame(frame, "81 01 04 3F 0? ?? FF"))
         return decodeMemory(frame);
-    if (matches(frame, "81 2. ff")) {
+    if (matchFrame(frame, "81 2? FF")) {
         const int socket = byteAt(frame, 1) & 0xF;
         return {QString("cancel socket %1").arg(socket), [=] { cancel(socket); }};
     }
-    if (matches(frame, "81 01 00 01 ff")) {
+    if (matchFrame(frame, "81 01 00 01 FF")) {
         return {"interface clear", [=] {
                     clearSockets();
                     reply(answer("\x50"), "interface cleared");
                 }};
     }
-    if (matches(frame, "81 09 00 02 ff")) {
+    if (matchFrame(frame, "81 09 00 02 FF")) {
         // Vendor "VA", model 1, firmware 1.0, two sockets.
         static constexpr char version[] = {0x50, 0x56, 0x41, 0x00, 0x01, 0x01, 0x00, 0x02};
         return {
@@ -259,9 +187,9 @@ ViscaCamera::Instruction ViscaCamera::decode(const QByteArray& frame)
                 reply(answer({version, sizeof version}), "vendor 5641, model 0001, firmware 0100, 2 sockets");
             }};
     }
-    if (matches(frame, "81 09 06 12 ff"))
+    if (matchFrame(frame, "81 09 06 12 FF"))
         return {"pan-tilt position inquiry", [=] { answerPanTiltPosition(); }};
-    if (matches(frame, "81 09 04 47 ff"))
+    if (matchFrame(frame, "81 09 04 47 FF"))
         return {"zoom position inquiry", [=] { answerZoomPosition(); }};
     return refusal("unknown command");
 }
@@ -272,16 +200,17 @@ ViscaCamera::Instruction ViscaCamera::decodeDrive(const QByteArray& frame)
     const int tiltCode = byteAt(frame, 5);
     const int panWay = byteAt(frame, 6);
     const int tiltWay = byteAt(frame, 7);
-    if (panCode < 1 || panCode > fastestPanCode)
+    if (panCode < 1 || panCode > Mechanics::fastestPanCode)
         return refusal(QString("drive, pan speed %1 out of range").arg(panCode));
-    if (tiltCode < 1 || tiltCode > fastestTiltCode)
+    if (tiltCode < 1 || tiltCode > Mechanics::fastestTiltCode)
         return refusal(QString("drive, tilt speed %1 out of range").arg(tiltCode));
     if (panWay < 1 || panWay > 3 || tiltWay < 1 || tiltWay > 3)
         return refusal("drive, unknown direction");
 
     // By direction byte: 01 left or up, 02 right or down, 03 not at all.
-    static constexpr std::array<int, 4> panSigns{0, -1, 1, 0};
-    static constexpr std::array<int, 4> tiltSigns{0, 1, -1, 0};
+    using Way = Mechanics::Way;
+    static constexpr std::array<Way, 4> panWays{{{}, Way::Backwards, Way::Forwards, Way::Stopped}};
+    static constexpr std::array<Way, 4> tiltWays{{{}, Way::Forwards, Way::Backwards, Way::Stopped}};
     static constexpr std::array<std::array<const char*, 4>, 4> names{{
         {},
         {"", "up-left", "up-right", "up"},
@@ -291,7 +220,7 @@ ViscaCamera::Instruction ViscaCamera::decodeDrive(const QByteArray& frame)
     const auto pan = static_cast<std::size_t>(panWay);
     const auto tilt = static_cast<std::size_t>(tiltWay);
     return {QString("drive %1, pan speed %2, tilt speed %3").arg(names[tilt][pan]).arg(panCode).arg(tiltCode),
-            [=] { drive(panSigns[pan] * panSpeed(panCode), tiltSigns[tilt] * tiltSpeed(tiltCode)); }};
+            [=] { drive(panWays[pan], panCode, tiltWays[tilt], tiltCode); }};
 }
 
 ViscaCamera::Instruction ViscaCamera::decodeZoom(const QByteArray& frame)
@@ -299,21 +228,23 @@ ViscaCamera::Instruction ViscaCamera::decodeZoom(const QByteArray& frame)
     const int parameter = byteAt(frame, 4);
     switch (parameter) {
     case 0x00:
-        return {"zoom stop", [=] { zoom(0); }};
+        return {"zoom stop", [=] { zoom(Mechanics::Way::Stopped, 0); }};
     case 0x02:
-        return {"zoom tele, standard speed", [=] { zoom(zoomSpeed(standardZoomCode)); }};
+        return {"zoom tele, standard speed",
+                [=] { zoom(Mechanics::Way::Forwards, Mechanics::standardLensCode); }};
     case 0x03:
-        return {"zoom wide, standard speed", [=] { zoom(-zoomSpeed(standardZoomCode)); }};
+        return {"zoom wide, standard speed",
+                [=] { zoom(Mechanics::Way::Backwards, Mechanics::standardLensCode); }};
     default:
         break;
     }
     const int way = parameter & 0xF0;
     const int code = parameter & 0x0F;
-    if ((way != 0x20 && way != 0x30) || code > fastestZoomCode)
+    if ((way != 0x20 && way != 0x30) || code > Mechanics::fastestLensCode)
         return refusal("zoom, unknown direction or speed");
     if (way == 0x20)
-        return {QString("zoom tele, speed %1").arg(code), [=] { zoom(zoomSpeed(code)); }};
-    return {QString("zoom wide, speed %1").arg(code), [=] { zoom(-zoomSpeed(code)); }};
+        return {QString("zoom tele, speed %1").arg(code), [=] { zoom(Mechanics::Way::Forwards, code); }};
+    return {QString("zoom wide, speed %1").arg(code), [=] { zoom(Mechanics::Way::Backwards, code); }};
 }
 
 ViscaCamera::Instruction ViscaCamera::decodeMemory(const QByteArray& frame)
@@ -338,7 +269,7 @@ ViscaCamera::Instruction ViscaCamera::refusal(const QString& words)
     return {words, [=] { reply(answer("\x60\x02"), "syntax error"); }};
 }
 
-void ViscaCamera::drive(double panSpeed, double tiltSpeed)
+void ViscaCamera::drive(Mechanics::Way panWay, int panCode, Mechanics::Way tiltWay, int tiltCode)
 {
     Socket* socket = claimSocket();
     if (!socket)
@@ -348,18 +279,16 @@ void ViscaCamera::drive(double panSpeed, double tiltSpeed)
             return refuseNow(*socket);
         cancel(travelling->number);
     }
-    panAxis.run(panSpeed, clock);
-    tiltAxis.run(tiltSpeed, clock);
-    driving = panSpeed != 0 || tiltSpeed != 0;
+    mechanics.drive(panWay, panCode, tiltWay, tiltCode, clock);
     acknowledge(*socket, Socket::State::Finishing);
 }
 
-void ViscaCamera::zoom(double speed)
+void ViscaCamera::zoom(Mechanics::Way way, int code)
 {
     Socket* socket = claimSocket();
     if (!socket)
         return;
-    zoomAxis.run(speed, clock);
+    mechanics.driveZoom(way, code, clock);
     acknowledge(*socket, Socket::State::Finishing);
 }
 
@@ -368,7 +297,7 @@ void ViscaCamera::travel(const Journey& journey)
     Socket* socket = claimSocket();
     if (!socket)
         return;
-    if (rules == BusyRules::Strict && driving)
+    if (rules == BusyRules::Strict && mechanics.isDriven())
         return refuseNow(*socket);
     const Socket* travelling = travellingSocket();
     if (rules == BusyRules::Lenient && travelling)
@@ -429,8 +358,8 @@ void ViscaCamera::clearSockets()
 void ViscaCamera::answerPanTiltPosition()
 {
     const Position here = position();
-    const QByteArray pan = nibbles(std::lround(here.pan / degreesPerStep));
-    const QByteArray tilt = nibbles(std::lround(here.tilt / degreesPerStep));
+    const QByteArray pan = nibbles(std::lround(here.pan / Mechanics::degreesPerStep));
+    const QByteArray tilt = nibbles(std::lround(here.tilt / Mechanics::degreesPerStep));
     reply(answer("\x50" + pan + tilt),
           QString("pan %1, tilt %2 degrees").arg(here.pan, 0, 'f', 1).arg(here.tilt, 0, 'f', 1));
 }
@@ -438,7 +367,8 @@ void ViscaCamera::answerPanTiltPosition()
 void ViscaCamera::answerZoomPosition()
 {
     const long steps = std::lround(position().zoom);
-    reply(answer("\x50" + nibbles(steps)), QString("zoom %1 of %2").arg(steps).arg(std::lround(zoomTele)));
+    reply(answer("\x50" + nibbles(steps)),
+          QString("zoom %1 of %2").arg(steps).arg(std::lround(Mechanics::zoomTele)));
 }
 
 ViscaCamera::Socket* ViscaCamera::claimSocket()
@@ -467,10 +397,9 @@ void ViscaCamera::departNext()
         if (socket.state != Socket::State::Waiting)
             continue;
         socket.state = Socket::State::Travelling;
-        panAxis.goTo(socket.journey.pan, fastestPan, clock);
-        tiltAxis.goTo(socket.journey.tilt, fastestTilt, clock);
+        mechanics.goTo(socket.journey.pan, socket.journey.tilt, clock);
         if (socket.journey.zoom)
-            zoomAxis.goTo(*socket.journey.zoom, zoomSpeed(fastestZoomCode), clock);
+            mechanics.zoomTo(*socket.journey.zoom, clock);
         return;
     }
 }
@@ -479,11 +408,8 @@ void ViscaCamera::departNext()
 // nothing.
 void ViscaCamera::release(Socket& socket)
 {
-    if (socket.state == Socket::State::Travelling) {
-        panAxis.abandonTarget(clock);
-        tiltAxis.abandonTarget(clock);
-        zoomAxis.abandonTarget(clock);
-    }
+    if (socket.state == Socket::State::Travelling)
+        mechanics.abandonTargets(Mechanics::everyPart, clock);
     socket.state = Socket::State::Free;
 }
 
@@ -493,7 +419,7 @@ std::optional<ViscaCamera::Time> ViscaCamera::completion(const Socket& socket) c
     case Socket::State::Finishing:
         return socket.completesFrom;
     case Socket::State::Travelling:
-        return std::max({socket.completesFrom, panAxis.arrival(), tiltAxis.arrival(), zoomAxis.arrival()});
+        return std::max(socket.completesFrom, mechanics.arrival(Mechanics::everyPart));
     case Socket::State::Free:
     case Socket::State::Waiting:
         break;

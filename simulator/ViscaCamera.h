@@ -1,6 +1,7 @@
 #pragma once
 
-#include "Axis.h"
+#include "FrameReader.h"
+#include "Mechanics.h"
 
 #include <QByteArray>
 #include <QMap>
@@ -38,6 +39,7 @@ class ViscaCamera
 {
 public:
     using Time = std::chrono::milliseconds;
+    using Position = Mechanics::Position;
 
     enum class BusyRules
     {
@@ -65,24 +67,6 @@ public:
         Kind kind;
         QByteArray bytes;
         QString words;
-    };
-
-    /** One step of the pan and tilt positions on the line, in degrees. */
-    static constexpr double degreesPerStep = 0.075;
-    /** The mechanical limits, in degrees: pan goes as far to either side, tilt from low to high. */
-    static constexpr double panLimit = 0x08DB * degreesPerStep;
-    static constexpr double tiltLowLimit = -0x0190 * degreesPerStep;
-    static constexpr double tiltHighLimit = 0x04B0 * degreesPerStep;
-    /** The zoom position at the tele end; the wide end is 0. */
-    static constexpr double zoomTele = 0x4000;
-
-    /** Where the camera looks: pan and tilt in degrees (plus is right and up), zoom from 0 (wide) to 0x4000
-     * (tele). */
-    struct Position
-    {
-        double pan;
-        double tilt;
-        double zoom;
     };
 
     /** A camera that has just been switched on: looking straight ahead, zoomed out, no presets stored. */
@@ -153,9 +137,6 @@ private:
     void performNext();
     std::vector<Event> takeEvents();
 
-    void receiveByte(char byte);
-    void forgetStaleFrame();
-    void reportNoise();
     void frameArrived(const QByteArray& frame);
 
     Instruction decode(const QByteArray& frame);
@@ -164,8 +145,8 @@ private:
     Instruction decodeMemory(const QByteArray& frame);
     Instruction refusal(const QString& words);
 
-    void drive(double panSpeed, double tiltSpeed);
-    void zoom(double speed);
+    void drive(Mechanics::Way panWay, int panCode, Mechanics::Way tiltWay, int tiltCode);
+    void zoom(Mechanics::Way way, int code);
     void travel(const Journey& journey);
     void storePreset(int preset);
     void resetPreset(int preset);
@@ -186,20 +167,14 @@ private:
     void reply(const QByteArray& bytes, const QString& words);
 
     const BusyRules rules;
+    FrameReader reader;
+    Mechanics mechanics;
     Time clock{0};
     std::vector<Event> events;
-
-    QByteArray unfinishedFrame;
-    QByteArray strayBytes;
-    Time lastByteAt{0};
 
     std::deque<PendingAction> pending;
     Time nextVideoFrame{0};
     std::array<Socket, 2> sockets;
 
-    Axis panAxis;
-    Axis tiltAxis;
-    Axis zoomAxis;
-    bool driving = false;
     QMap<int, Position> storedPresets;
 };

@@ -501,8 +501,8 @@ void CameraViewTest::storedPresetsAreListed()
 void CameraViewTest::theMapShowsTheWholeRange()
 {
     Desk desk;
-    const QPointF upperLeft = desk.view.mapPointAt(-ViscaCamera::panLimit, ViscaCamera::tiltHighLimit);
-    const QPointF lowerRight = desk.view.mapPointAt(ViscaCamera::panLimit, ViscaCamera::tiltLowLimit);
+    const QPointF upperLeft = desk.view.mapPointAt(-Mechanics::panLimit, Mechanics::tiltHighLimit);
+    const QPointF lowerRight = desk.view.mapPointAt(Mechanics::panLimit, Mechanics::tiltLowLimit);
 
     const QRectF upperRightQuarter(400, 0, 400, 225);
     QVERIFY(upperRightQuarter.contains(upperLeft));

@@ -226,15 +226,15 @@ void CameraView::paintPosition(QPainter& painter, const Texts& shown) const
 
 QRectF CameraView::mapArea() const
 {
-    const double wide = 2 * ViscaCamera::panLimit * mapScale;
-    const double high = (ViscaCamera::tiltHighLimit - ViscaCamera::tiltLowLimit) * mapScale;
+    const double wide = 2 * Mechanics::panLimit * mapScale;
+    const double high = (Mechanics::tiltHighLimit - Mechanics::tiltLowLimit) * mapScale;
     return {width() - margin - padding - wide, margin + padding + 0.0, wide, high};
 }
 
 QPointF CameraView::mapPointAt(double pan, double tilt) const
 {
     return mapArea().topLeft() +
-           QPointF((pan + ViscaCamera::panLimit) * mapScale, (ViscaCamera::tiltHighLimit - tilt) * mapScale);
+           QPointF((pan + Mechanics::panLimit) * mapScale, (Mechanics::tiltHighLimit - tilt) * mapScale);
 }
 
 void CameraView::paintMap(QPainter& painter) const
@@ -245,8 +245,8 @@ void CameraView::paintMap(QPainter& painter) const
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QColor(0xff, 0xff, 0xff, 0x38));
     painter.drawRect(area);
-    painter.drawLine(mapPointAt(-ViscaCamera::panLimit, 0), mapPointAt(ViscaCamera::panLimit, 0));
-    painter.drawLine(mapPointAt(0, ViscaCamera::tiltLowLimit), mapPointAt(0, ViscaCamera::tiltHighLimit));
+    painter.drawLine(mapPointAt(-Mechanics::panLimit, 0), mapPointAt(Mechanics::panLimit, 0));
+    painter.drawLine(mapPointAt(0, Mechanics::tiltLowLimit), mapPointAt(0, Mechanics::tiltHighLimit));
 
     painter.setPen(Qt::NoPen);
     painter.setBrush(dim);

@@ -49,7 +49,7 @@ void cutOff(std::vector<QVector3D>& outline, const QVector3D& plane)
 
 double Projection::magnification(double zoom)
 {
-    return std::pow(highestMagnification, zoom / ViscaCamera::zoomTele);
+    return std::pow(highestMagnification, zoom / Mechanics::zoomTele);
 }
 
 double Projection::fieldOfView(double zoom)

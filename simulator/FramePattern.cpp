@@ -1,0 +1,43 @@
+#include "FramePattern.h"
+
+namespace {
+
+constexpr char anyDigit = '?';
+constexpr std::string_view digitsAndGap = "0123456789ABCDEF ";
+
+bool isNumber(char letter)
+{
+    return letter != anyDigit && digitsAndGap.find(letter) == std::string_view::npos;
+}
+
+} // namespace
+
+std::optional<FrameNumbers> matchFrame(const QByteArray& frame, std::string_view pattern)
+{
+    const QByteArray digits = frame.toHex(' ').toUpper();
+    const std::string_view given(digits.constData(), static_cast<std::size_t>(digits.size()));
+    if (given.size() != pattern.size())
+        return std::nullopt;
+    FrameNumbers numbers;
+    for (std::size_t place = 0; place < pattern.size(); ++place) {
+        const char wanted = pattern[place];
+        if (isNumber(wanted))
+            numbers[wanted] = numbers[wanted] * 16 + static_cast<int>(digitsAndGap.find(given[place]));
+        else if (wanted != given[place] && wanted != anyDigit)
+            return std::nullopt;
+    }
+    return numbers;
+}
+
+QByteArray makeFrame(std::string_view pattern, FrameNumbers numbers)
+{
+    QByteArray digits(pattern.data(), static_cast<int>(pattern.size()));
+    for (auto place = digits.size() - 1; place >= 0; --place) {
+        const char letter = digits.at(place);
+        if (!isNumber(letter))
+            continue;
+        digits[place] = digitsAndGap[static_cast<std::size_t>(numbers[letter] & 0xF)];
+        numbers[letter] >>= 4;
+    }
+    return QByteArray::fromHex(digits);
+}
