@@ -1,9 +1,7 @@
 #include "ViscaCamera.h"
 
-#include "FramePattern.h"
-
 #include <algorithm>
-#include <cmath>
+#include <iterator>
 #include <utility>
 
 namespace {
@@ -18,36 +16,6 @@ constexpr Time completionDelay{11};
 // About a second of commands; what arrives beyond that is answered like a command that finds both sockets
 // busy.
 constexpr std::size_t longestQueue = 64;
-
-constexpr char terminator = '\xFF';
-
-constexpr int highestPreset = 127;
-
-int byteAt(const QByteArray& frame, int index)
-{
-    return static_cast<quint8>(frame.at(index));
-}
-
-// VISCA sends a 16-bit number as four bytes of four bits each, the highest first; negative ones as two's
-// complement.
-QByteArray nibbles(long value)
-{
-    QByteArray bytes;
-    for (int shift = 12; shift >= 0; shift -= 4)
-        bytes.append(static_cast<char>((value >> shift) & 0xF));
-    return bytes;
-}
-
-QByteArray answer(const QByteArray& body)
-{
-    return "\x90" + body + terminator;
-}
-
-// An ACK, completion or error of one socket: 4s, 5s or 6s, then the error code if it is one.
-QByteArray socketReply(int type, int socket, const QByteArray& errorCode = {})
-{
-    return answer(static_cast<char>(type | socket) + errorCode);
-}
 
 } // namespace
 
@@ -112,12 +80,8 @@ void ViscaCamera::runUntil(Time now)
 void ViscaCamera::performNext()
 {
     for (Socket& socket : sockets) {
-        if (completion(socket).value_or(Time::max()) > clock)
-            continue;
-        release(socket);
-        reply(socketReply(0x50, socket.number), QString("completion, socket %1").arg(socket.number));
-        departNext();
-        return;
+        if (completion(socket).value_or(Time::max()) <= clock)
+            return complete(socket);
     }
     const PendingAction next = std::move(pending.front());
     pending.pop_front();
@@ -135,203 +99,81 @@ void ViscaCamera::frameArrived(const QByteArray& frame)
     events.push_back({Event::Kind::Frame, frame, instruction.words});
     if (!instruction.action)
         return;
-    if (pending.size() == longestQueue) {
-        reply(answer({"\x60\x03"}), "too many commands at once");
-        return;
-    }
+    if (pending.size() == longestQueue)
+        return reply("x0 60 03 FF", "too many commands at once");
     const Time taken = std::max(clock, nextVideoFrame);
     nextVideoFrame = taken + videoFrame;
     pending.push_back({taken + replyDelay, std::move(instruction.action)});
 }
 
-ViscaCamera::Instruction ViscaCamera::decode(const QByteArray& frame)
+void ViscaCamera::carryOut(const Order& order)
 {
-    if (matchFrame(frame, "88 30 01 FF"))
-        return {"address set", [=] { reply("\x88\x30\x02\xFF", "the next camera would have address 2"); }};
-    if (matchFrame(frame, "88 01 00 01 FF")) {
-        return {"interface clear, broadcast", [=] {
-                    clearSockets();
-                    reply(frame, "interface cleared");
-                }};
-    }
-    const int address = byteAt(frame, 0) & 0xF;
-    if (address == 8)
-        return {"unknown broadcast, ignored", {}};
-    if (address != 1)
-        return {QString("for camera %1, ignored").arg(address), {}};
-    if (frame.size() > FrameReader::longestFrame)
-        return refusal("too long");
-    if (matchFrame(frame, "81 01 06 01 ?? ?? 0? 0? FF"))
-        return decodeDrive(frame);
-    if (matchFrame(frame, "81 01 06 04 FF"))
-        return {"home", [=] { travel({0, 0, std::nullopt}); }};
-    if (matchFrame(frame, "81 01 04 07 ?? FF"))
-        return decodeZoom(frame);
-    if (matchFrame(frame, "81 01 04 3F 0? ?? FF"))
-        return decodeMemory(frame);
-    if (matchFrame(frame, "81 2? FF")) {
-        const int socket = byteAt(frame, 1) & 0xF;
-        return {QString("cancel socket %1").arg(socket), [=] { cancel(socket); }};
-    }
-    if (matchFrame(frame, "81 01 00 01 FF")) {
-        return {"interface clear", [=] {
-                    clearSockets();
-                    reply(answer("\x50"), "interface cleared");
-                }};
-    }
-    if (matchFrame(frame, "81 09 00 02 FF")) {
-        // Vendor "VA", model 1, firmware 1.0, two sockets.
-        static constexpr char version[] = {0x50, 0x56, 0x41, 0x00, 0x01, 0x01, 0x00, 0x02};
-        return {
-            "version inquiry", [=] {
-                reply(answer({version, sizeof version}), "vendor 5641, model 0001, firmware 0100, 2 sockets");
-            }};
-    }
-    if (matchFrame(frame, "81 09 06 12 FF"))
-        return {"pan-tilt position inquiry", [=] { answerPanTiltPosition(); }};
-    if (matchFrame(frame, "81 09 04 47 FF"))
-        return {"zoom position inquiry", [=] { answerZoomPosition(); }};
-    return refusal("unknown command");
-}
-
-ViscaCamera::Instruction ViscaCamera::decodeDrive(const QByteArray& frame)
-{
-    const int panCode = byteAt(frame, 4);
-    const int tiltCode = byteAt(frame, 5);
-    const int panWay = byteAt(frame, 6);
-    const int tiltWay = byteAt(frame, 7);
-    if (panCode < 1 || panCode > Mechanics::fastestPanCode)
-        return refusal(QString("drive, pan speed %1 out of range").arg(panCode));
-    if (tiltCode < 1 || tiltCode > Mechanics::fastestTiltCode)
-        return refusal(QString("drive, tilt speed %1 out of range").arg(tiltCode));
-    if (panWay < 1 || panWay > 3 || tiltWay < 1 || tiltWay > 3)
-        return refusal("drive, unknown direction");
-
-    // By direction byte: 01 left or up, 02 right or down, 03 not at all.
-    using Way = Mechanics::Way;
-    static constexpr std::array<Way, 4> panWays{{{}, Way::Backwards, Way::Forwards, Way::Stopped}};
-    static constexpr std::array<Way, 4> tiltWays{{{}, Way::Forwards, Way::Backwards, Way::Stopped}};
-    static constexpr std::array<std::array<const char*, 4>, 4> names{{
-        {},
-        {"", "up-left", "up-right", "up"},
-        {"", "down-left", "down-right", "down"},
-        {"", "left", "right", "stop"},
-    }};
-    const auto pan = static_cast<std::size_t>(panWay);
-    const auto tilt = static_cast<std::size_t>(tiltWay);
-    return {QString("drive %1, pan speed %2, tilt speed %3").arg(names[tilt][pan]).arg(panCode).arg(tiltCode),
-            [=] { drive(panWays[pan], panCode, tiltWays[tilt], tiltCode); }};
-}
-
-ViscaCamera::Instruction ViscaCamera::decodeZoom(const QByteArray& frame)
-{
-    const int parameter = byteAt(frame, 4);
-    switch (parameter) {
-    case 0x00:
-        return {"zoom stop", [=] { zoom(Mechanics::Way::Stopped, 0); }};
-    case 0x02:
-        return {"zoom tele, standard speed",
-                [=] { zoom(Mechanics::Way::Forwards, Mechanics::standardLensCode); }};
-    case 0x03:
-        return {"zoom wide, standard speed",
-                [=] { zoom(Mechanics::Way::Backwards, Mechanics::standardLensCode); }};
-    default:
-        break;
-    }
-    const int way = parameter & 0xF0;
-    const int code = parameter & 0x0F;
-    if ((way != 0x20 && way != 0x30) || code > Mechanics::fastestLensCode)
-        return refusal("zoom, unknown direction or speed");
-    if (way == 0x20)
-        return {QString("zoom tele, speed %1").arg(code), [=] { zoom(Mechanics::Way::Forwards, code); }};
-    return {QString("zoom wide, speed %1").arg(code), [=] { zoom(Mechanics::Way::Backwards, code); }};
-}
-
-ViscaCamera::Instruction ViscaCamera::decodeMemory(const QByteArray& frame)
-{
-    const int preset = byteAt(frame, 5);
-    if (preset > highestPreset)
-        return refusal(QString("preset %1 out of range").arg(preset));
-    switch (byteAt(frame, 4)) {
-    case 0x00:
-        return {QString("reset preset %1").arg(preset), [=] { resetPreset(preset); }};
-    case 0x01:
-        return {QString("store preset %1").arg(preset), [=] { storePreset(preset); }};
-    case 0x02:
-        return {QString("recall preset %1").arg(preset), [=] { recallPreset(preset); }};
-    default:
-        return refusal("preset, unknown action");
-    }
-}
-
-ViscaCamera::Instruction ViscaCamera::refusal(const QString& words)
-{
-    return {words, [=] { reply(answer("\x60\x02"), "syntax error"); }};
-}
-
-void ViscaCamera::drive(Mechanics::Way panWay, int panCode, Mechanics::Way tiltWay, int tiltCode)
-{
-    Socket* socket = claimSocket();
+    if (isRefused(order.task))
+        return refuse();
+    Socket* socket = claimSocket(order.parts);
     if (!socket)
         return;
-    if (const Socket* travelling = travellingSocket()) {
-        if (rules == BusyRules::Strict)
-            return refuseNow(*socket);
-        cancel(travelling->number);
+    takeOver(order.parts);
+    order.start();
+    const bool travels = order.completion == Completion::OnArrival;
+    *socket = {socket->number, travels ? Socket::State::Travelling : Socket::State::Finishing,
+               clock + completionDelay, order.task, order.parts};
+    reply("x0 4s FF", QString("ACK, socket %1").arg(socket->number), {{'s', socket->number}});
+}
+
+void ViscaCamera::refuse()
+{
+    if (const Socket* socket = claimSocket({})) {
+        reply("x0 6s 41 FF", QString("not executable now, socket %1").arg(socket->number),
+              {{'s', socket->number}});
     }
-    mechanics.drive(panWay, panCode, tiltWay, tiltCode, clock);
-    acknowledge(*socket, Socket::State::Finishing);
 }
 
-void ViscaCamera::zoom(Mechanics::Way way, int code)
+bool ViscaCamera::isRefused(Task task) const
 {
-    Socket* socket = claimSocket();
-    if (!socket)
-        return;
-    mechanics.driveZoom(way, code, clock);
-    acknowledge(*socket, Socket::State::Finishing);
+    // What is under way, and what is refused then.
+    static constexpr std::pair<Task, Task> refusals[] = {
+        {Task::Drive, Task::Home},         {Task::Drive, Task::Recall},
+        {Task::Drive, Task::StorePreset},  {Task::Home, Task::Drive},
+        {Task::Home, Task::Recall},        {Task::Home, Task::StorePreset},
+        {Task::Home, Task::ResetPreset},   {Task::Recall, Task::Drive},
+        {Task::Recall, Task::Home},        {Task::Recall, Task::StorePreset},
+        {Task::Recall, Task::ResetPreset}, {Task::Recall, Task::Zoom},
+    };
+    return rules == BusyRules::Strict &&
+           std::any_of(std::begin(refusals), std::end(refusals), [&](const std::pair<Task, Task>& refusal) {
+               return refusal.second == task && isUnderWay(refusal.first);
+           });
 }
 
-void ViscaCamera::travel(const Journey& journey)
+bool ViscaCamera::isUnderWay(Task task) const
 {
-    Socket* socket = claimSocket();
-    if (!socket)
-        return;
-    if (rules == BusyRules::Strict && mechanics.isDriven())
-        return refuseNow(*socket);
-    const Socket* travelling = travellingSocket();
-    if (rules == BusyRules::Lenient && travelling)
-        cancel(travelling->number);
-    acknowledge(*socket, Socket::State::Waiting);
-    socket->journey = journey;
-    departNext();
+    if (task == Task::Drive)
+        return mechanics.isDriven();
+    return std::any_of(sockets.begin(), sockets.end(), [task](const Socket& socket) {
+        return socket.state == Socket::State::Travelling && socket.task == task;
+    });
 }
 
-void ViscaCamera::storePreset(int preset)
+// Whoever loses pan and tilt ends; whoever loses only the zoom goes on, unless there is nothing else to it.
+bool ViscaCamera::isEndedBy(const Socket& socket, Mechanics::Parts parts)
 {
-    Socket* socket = claimSocket();
-    if (!socket)
-        return;
-    storedPresets.insert(preset, position());
-    acknowledge(*socket, Socket::State::Finishing);
+    const Mechanics::Parts lost = socket.parts & parts;
+    return socket.state == Socket::State::Travelling && lost &&
+           (lost == socket.parts || lost.testFlag(Mechanics::PanTilt));
 }
 
-void ViscaCamera::resetPreset(int preset)
+// What ends is told its completion as soon as the newer command has its ACK.
+void ViscaCamera::takeOver(Mechanics::Parts parts)
 {
-    Socket* socket = claimSocket();
-    if (!socket)
-        return;
-    storedPresets.remove(preset);
-    acknowledge(*socket, Socket::State::Finishing);
-}
-
-void ViscaCamera::recallPreset(int preset)
-{
-    const auto stored = storedPresets.constFind(preset);
-    if (stored != storedPresets.cend())
-        return travel({stored->pan, stored->tilt, stored->zoom});
-    if (const Socket* socket = claimSocket())
-        refuseNow(*socket);
+    for (Socket& socket : sockets) {
+        if (isEndedBy(socket, parts)) {
+            mechanics.abandonTargets(socket.parts, clock);
+            socket.state = Socket::State::Finishing;
+            socket.completesFrom = clock;
+        }
+        socket.parts &= ~parts;
+    }
 }
 
 void ViscaCamera::cancel(int socketNumber)
@@ -340,13 +182,11 @@ void ViscaCamera::cancel(int socketNumber)
         return candidate.number == socketNumber && candidate.state != Socket::State::Free;
     });
     if (socket == sockets.end()) {
-        reply(socketReply(0x60, socketNumber, "\x05"),
-              QString("no such socket, socket %1").arg(socketNumber));
-        return;
+        return reply("x0 6s 05 FF", QString("no such socket, socket %1").arg(socketNumber),
+                     {{'s', socketNumber}});
     }
     release(*socket);
-    reply(socketReply(0x60, socketNumber, "\x04"), QString("cancelled, socket %1").arg(socketNumber));
-    departNext();
+    reply("x0 6s 04 FF", QString("cancelled, socket %1").arg(socketNumber), {{'s', socketNumber}});
 }
 
 void ViscaCamera::clearSockets()
@@ -355,61 +195,35 @@ void ViscaCamera::clearSockets()
         release(socket);
 }
 
-void ViscaCamera::answerPanTiltPosition()
-{
-    const Position here = position();
-    const QByteArray pan = nibbles(std::lround(here.pan / Mechanics::degreesPerStep));
-    const QByteArray tilt = nibbles(std::lround(here.tilt / Mechanics::degreesPerStep));
-    reply(answer("\x50" + pan + tilt),
-          QString("pan %1, tilt %2 degrees").arg(here.pan, 0, 'f', 1).arg(here.tilt, 0, 'f', 1));
-}
-
-void ViscaCamera::answerZoomPosition()
-{
-    const long steps = std::lround(position().zoom);
-    reply(answer("\x50" + nibbles(steps)),
-          QString("zoom %1 of %2").arg(steps).arg(std::lround(Mechanics::zoomTele)));
-}
-
-ViscaCamera::Socket* ViscaCamera::claimSocket()
+// A free socket; where there is none, that of a command which a newer one that moves `parts` ends anyway.
+ViscaCamera::Socket* ViscaCamera::claimSocket(Mechanics::Parts parts)
 {
     for (Socket& socket : sockets) {
         if (socket.state == Socket::State::Free)
             return &socket;
     }
-    reply(answer("\x60\x03"), "both sockets busy");
+    for (Socket& socket : sockets) {
+        if (isEndedBy(socket, parts)) {
+            complete(socket);
+            return &socket;
+        }
+    }
+    reply("x0 60 03 FF", "both sockets busy");
     return nullptr;
 }
 
-ViscaCamera::Socket* ViscaCamera::travellingSocket()
+void ViscaCamera::complete(Socket& socket)
 {
-    const auto socket = std::find_if(sockets.begin(), sockets.end(), [](const Socket& candidate) {
-        return candidate.state == Socket::State::Travelling;
-    });
-    return socket == sockets.end() ? nullptr : &*socket;
+    release(socket);
+    reply("x0 5s FF", QString("completion, socket %1").arg(socket.number), {{'s', socket.number}});
 }
 
-void ViscaCamera::departNext()
-{
-    if (travellingSocket())
-        return;
-    for (Socket& socket : sockets) {
-        if (socket.state != Socket::State::Waiting)
-            continue;
-        socket.state = Socket::State::Travelling;
-        mechanics.goTo(socket.journey.pan, socket.journey.tilt, clock);
-        if (socket.journey.zoom)
-            mechanics.zoomTo(*socket.journey.zoom, clock);
-        return;
-    }
-}
-
-// A travelling socket takes its journey with it: the camera stands where it is. After an arrival that changes
-// nothing.
+// A travelling socket takes its journey with it: what it moves stands where it is. After an arrival that
+// changes nothing.
 void ViscaCamera::release(Socket& socket)
 {
     if (socket.state == Socket::State::Travelling)
-        mechanics.abandonTargets(Mechanics::everyPart, clock);
+        mechanics.abandonTargets(socket.parts, clock);
     socket.state = Socket::State::Free;
 }
 
@@ -419,28 +233,16 @@ std::optional<ViscaCamera::Time> ViscaCamera::completion(const Socket& socket) c
     case Socket::State::Finishing:
         return socket.completesFrom;
     case Socket::State::Travelling:
-        return std::max(socket.completesFrom, mechanics.arrival(Mechanics::everyPart));
+        return std::max(socket.completesFrom, mechanics.arrival(socket.parts));
     case Socket::State::Free:
-    case Socket::State::Waiting:
         break;
     }
     return std::nullopt;
 }
 
-void ViscaCamera::acknowledge(Socket& socket, Socket::State state)
+void ViscaCamera::reply(std::string_view pattern, const QString& words, FrameNumbers numbers)
 {
-    socket.state = state;
-    socket.completesFrom = clock + completionDelay;
-    reply(socketReply(0x40, socket.number), QString("ACK, socket %1").arg(socket.number));
-}
-
-void ViscaCamera::refuseNow(const Socket& socket)
-{
-    reply(socketReply(0x60, socket.number, "\x41"),
-          QString("not executable now, socket %1").arg(socket.number));
-}
-
-void ViscaCamera::reply(const QByteArray& bytes, const QString& words)
-{
-    events.push_back({Event::Kind::Reply, bytes, words});
+    // Camera 1 answers as 9, camera 2 as A.
+    numbers.insert('x', address + 8);
+    events.push_back({Event::Kind::Reply, makeFrame(pattern, numbers), words});
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "FramePattern.h"
 #include "FrameReader.h"
 #include "Mechanics.h"
 
@@ -12,6 +13,7 @@
 #include <deque>
 #include <functional>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 /**
@@ -24,13 +26,11 @@
  *
  * Where real cameras differ, this one is fixed so:
  *  - It takes one frame per video frame, acts on it and answers it `replyDelay` later.
- *  - Pan speed codes are 01 to 18 (hex) and tilt speed codes 01 to 14; any other, 00 in a stop frame too, is
- * a syntax error. Presets are 0 to 127. Recalling a preset that was never stored is "not executable".
- *  - A frame runs from its header (8x) to FF; bytes before a header are ignored. A frame longer than 16 bytes
- * is one syntax error, and an unfinished frame is forgotten after a second of silence.
+ *  - The newest command wins. One that moves pan and tilt ends a Home or recall under way, which is told its
+ * completion; a zoom command takes only the zoom from a recall, which completes with pan and tilt.
+ *  - Presets are 0 to 127. Recalling a preset that was never stored is "not executable".
  *  - Frames for other cameras and unknown broadcasts get no answer.
  *  - Home moves pan and tilt only; recalling a preset moves the zoom too. Both go at full speed.
- *  - A zoom command during a recall takes the zoom over; the recall then completes with pan and tilt.
  *  - Interface clear empties the sockets without a word and stops a Home or recall; a drive goes on.
  *
  * Any byte stream is survived with bounded memory.
@@ -43,11 +43,11 @@ public:
 
     enum class BusyRules
     {
-        /** Everything is accepted; the newest command wins, and a Home or recall that it ends is told
-           "cancelled". */
+        /** Every command is accepted at any time. Speed code 00 is the slowest speed; tilt codes up to 18
+           (hex) and zoom codes up to F act as the fastest. */
         Lenient,
-        /** A drive or stop is refused during Home or recall, and these during a drive. A second Home or
-           recall waits in the other socket for the first. */
+        /** As one strict family of cameras: what would disturb a drive, a Home or a recall under way is
+           refused, and so is each speed code without a speed of its own. */
         Strict
     };
 
@@ -102,18 +102,54 @@ private:
         std::function<void()> action;
     };
 
+    /** A line in the table of commands. */
+    struct Command
+    {
+        const char* name;
+        const char* frame;
+        Instruction (ViscaCamera::*decode)(const FrameNumbers& numbers);
+    };
+
+    /** A line in the table of inquiries. */
+    struct Inquiry
+    {
+        const char* name;
+        const char* frame;
+        void (ViscaCamera::*answer)(const FrameNumbers& numbers);
+    };
+
     struct PendingAction
     {
         Time due;
         std::function<void()> action;
     };
 
-    /** Where Home or a recall goes; Home leaves the zoom alone. */
-    struct Journey
+    /** What the busy rules tell apart. */
+    enum class Task
     {
-        double pan;
-        double tilt;
-        std::optional<double> zoom;
+        Drive,
+        Home,
+        Recall,
+        StorePreset,
+        ResetPreset,
+        Zoom,
+        Other
+    };
+
+    enum class Completion
+    {
+        AtOnce,
+        OnArrival
+    };
+
+    /** What an accepted command does. */
+    struct Order
+    {
+        Task task;
+        /** What it moves from now on. */
+        Mechanics::Parts parts;
+        Completion completion;
+        std::function<void()> start;
     };
 
     /** One of the two places in which VISCA keeps a command from its ACK to its completion. */
@@ -123,58 +159,72 @@ private:
         {
             Free,
             Finishing,
-            Waiting,
             Travelling
         };
 
         int number;
         State state = State::Free;
         Time completesFrom{0};
-        Journey journey{};
+        Task task = Task::Other;
+        /** What a travelling command still moves. */
+        Mechanics::Parts parts{};
     };
 
+    // ViscaCamera.cpp: the line, the sockets and the replies.
     void runUntil(Time now);
     void performNext();
     std::vector<Event> takeEvents();
-
     void frameArrived(const QByteArray& frame);
 
-    Instruction decode(const QByteArray& frame);
-    Instruction decodeDrive(const QByteArray& frame);
-    Instruction decodeZoom(const QByteArray& frame);
-    Instruction decodeMemory(const QByteArray& frame);
-    Instruction refusal(const QString& words);
-
-    void drive(Mechanics::Way panWay, int panCode, Mechanics::Way tiltWay, int tiltCode);
-    void zoom(Mechanics::Way way, int code);
-    void travel(const Journey& journey);
-    void storePreset(int preset);
-    void resetPreset(int preset);
-    void recallPreset(int preset);
+    void carryOut(const Order& order);
+    void refuse();
+    bool isRefused(Task task) const;
+    bool isUnderWay(Task task) const;
+    static bool isEndedBy(const Socket& socket, Mechanics::Parts parts);
+    void takeOver(Mechanics::Parts parts);
     void cancel(int socketNumber);
     void clearSockets();
-    void answerPanTiltPosition();
-    void answerZoomPosition();
 
-    Socket* claimSocket();
-    Socket* travellingSocket();
-    void departNext();
+    Socket* claimSocket(Mechanics::Parts parts);
+    void complete(Socket& socket);
     void release(Socket& socket);
     std::optional<Time> completion(const Socket& socket) const;
 
-    void acknowledge(Socket& socket, Socket::State state);
-    void refuseNow(const Socket& socket);
-    void reply(const QByteArray& bytes, const QString& words);
+    void reply(std::string_view pattern, const QString& words, FrameNumbers numbers = {});
+
+    // ViscaCommands.cpp: what each frame means.
+    static const std::vector<Command>& commands();
+    Instruction decode(const QByteArray& frame);
+    Instruction syntaxError(const QString& words);
+    QString speedFault(int panCode, int tiltCode) const;
+    int fastestLensCode() const;
+    Instruction decodeAddressSet(const FrameNumbers& numbers);
+    Instruction decodeInterfaceClear(const FrameNumbers& numbers);
+    Instruction decodeCancel(const FrameNumbers& numbers);
+    Instruction decodeDrive(const FrameNumbers& numbers);
+    Instruction decodeHome(const FrameNumbers& numbers);
+    Instruction decodeZoom(const FrameNumbers& numbers);
+    Instruction decodePresetReset(const FrameNumbers& numbers);
+    Instruction decodePresetStore(const FrameNumbers& numbers);
+    Instruction decodePresetRecall(const FrameNumbers& numbers);
+    Instruction presetOutOfRange(int preset);
+    void recallPreset(int preset);
+
+    // ViscaInquiries.cpp: what the camera tells.
+    static const std::vector<Inquiry>& inquiries();
+    void answerVersion(const FrameNumbers& numbers);
+    void answerPanTiltPosition(const FrameNumbers& numbers);
+    void answerZoomPosition(const FrameNumbers& numbers);
 
     const BusyRules rules;
+    int address = 1;
     FrameReader reader;
     Mechanics mechanics;
+    QMap<int, Position> storedPresets;
     Time clock{0};
     std::vector<Event> events;
 
     std::deque<PendingAction> pending;
     Time nextVideoFrame{0};
     std::array<Socket, 2> sockets;
-
-    QMap<int, Position> storedPresets;
 };
