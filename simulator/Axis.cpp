@@ -42,7 +42,7 @@ void Axis::goTo(double target, double speed, Time now)
 
 void Axis::abandonTarget(Time now)
 {
-    if (hasTarget)
+    if (hasTarget && isMoving(now))
         run(0, now);
 }
 

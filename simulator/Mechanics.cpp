@@ -32,21 +32,21 @@ double tiltSpeed(int code)
     return std::min(std::max(code, Mechanics::slowestCode) * tiltSpeedPerCode, fastestTilt);
 }
 
-// The share of its range that the lens crosses in a second. Code 0 is the slowest speed, not a stop.
-double lensSpeed(int code)
+// By the range that the lens part has. Code 0 is the slowest speed, not a stop.
+double lensSpeed(double range, int code)
 {
-    return (std::min(code, Mechanics::fastestLensCode) + 1) / lensCrossing /
-           (Mechanics::standardLensCode + 1);
+    const double speedPerCode = range / lensCrossing / (Mechanics::standardLensCode + 1);
+    return (std::min(code, Mechanics::fastestLensCode) + 1) * speedPerCode;
 }
 
 double zoomSpeed(int code)
 {
-    return lensSpeed(code) * Mechanics::zoomTele;
+    return lensSpeed(Mechanics::zoomTele, code);
 }
 
 double focusSpeed(int code)
 {
-    return lensSpeed(code) * (Mechanics::focusNear - Mechanics::focusFar);
+    return lensSpeed(Mechanics::focusNear - Mechanics::focusFar, code);
 }
 
 } // namespace
@@ -147,20 +147,22 @@ Mechanics::Time Mechanics::arrival(Parts parts) const
     return last;
 }
 
-bool Mechanics::setLimit(Corner corner, double pan, double tilt)
+bool Mechanics::mayLimit(Corner corner, double pan, double tilt) const
+{
+    if (corner == Corner::UpRight)
+        return pan >= panAxis.lowLimit() && tilt >= tiltAxis.lowLimit();
+    return pan <= panAxis.highLimit() && tilt <= tiltAxis.highLimit();
+}
+
+void Mechanics::setLimit(Corner corner, double pan, double tilt)
 {
     if (corner == Corner::UpRight) {
-        if (pan < panAxis.lowLimit() || tilt < tiltAxis.lowLimit())
-            return false;
         panAxis.setLimits(panAxis.lowLimit(), pan);
         tiltAxis.setLimits(tiltAxis.lowLimit(), tilt);
     } else {
-        if (pan > panAxis.highLimit() || tilt > tiltAxis.highLimit())
-            return false;
         panAxis.setLimits(pan, panAxis.highLimit());
         tiltAxis.setLimits(tilt, tiltAxis.highLimit());
     }
-    return true;
 }
 
 void Mechanics::clearLimit(Corner corner)

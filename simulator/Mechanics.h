@@ -104,11 +104,11 @@ public:
     /** When `parts` reach their targets; time 0 for what has none. */
     Time arrival(Parts parts) const;
 
-    /**
-     * Lets pan and tilt go no further than that direction, in degrees, from the next order on. Returns false,
-     * and changes nothing, if the opposite corner is beyond it.
-     */
-    bool setLimit(Corner corner, double pan, double tilt);
+    /** Whether a limit there leaves anything between it and the opposite corner. */
+    bool mayLimit(Corner corner, double pan, double tilt) const;
+
+    /** Lets pan and tilt go no further than that direction, in degrees, from the next order on. */
+    void setLimit(Corner corner, double pan, double tilt);
 
     /** Only the mechanics limit that corner. */
     void clearLimit(Corner corner);

@@ -19,8 +19,11 @@ constexpr std::size_t longestQueue = 64;
 
 } // namespace
 
-ViscaCamera::ViscaCamera(BusyRules busyRules)
-    : rules(busyRules)
+ViscaCamera::ViscaCamera(const Options& options)
+    : rules(options.rules)
+    , presetCount(options.presets)
+    , address(options.address)
+    , on(!options.standby)
     , sockets{{{1}, {2}}}
 {
 }
@@ -133,13 +136,15 @@ bool ViscaCamera::isRefused(Task task) const
 {
     // What is under way, and what is refused then.
     static constexpr std::pair<Task, Task> refusals[] = {
-        {Task::Drive, Task::Home},         {Task::Drive, Task::Recall},
-        {Task::Drive, Task::StorePreset},  {Task::Home, Task::Drive},
-        {Task::Home, Task::Recall},        {Task::Home, Task::StorePreset},
-        {Task::Home, Task::ResetPreset},   {Task::Recall, Task::Drive},
-        {Task::Recall, Task::Home},        {Task::Recall, Task::StorePreset},
+        {Task::Drive, Task::Travel},       {Task::Drive, Task::Recall},
+        {Task::Drive, Task::StorePreset},  {Task::Travel, Task::Drive},
+        {Task::Travel, Task::Recall},      {Task::Travel, Task::StorePreset},
+        {Task::Travel, Task::ResetPreset}, {Task::Recall, Task::Drive},
+        {Task::Recall, Task::Travel},      {Task::Recall, Task::StorePreset},
         {Task::Recall, Task::ResetPreset}, {Task::Recall, Task::Zoom},
     };
+    if (!on)
+        return task != Task::Power;
     return rules == BusyRules::Strict &&
            std::any_of(std::begin(refusals), std::end(refusals), [&](const std::pair<Task, Task>& refusal) {
                return refusal.second == task && isUnderWay(refusal.first);

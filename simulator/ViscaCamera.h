@@ -3,6 +3,7 @@
 #include "FramePattern.h"
 #include "FrameReader.h"
 #include "Mechanics.h"
+#include "Registers.h"
 
 #include <QByteArray>
 #include <QMap>
@@ -17,7 +18,7 @@
 #include <vector>
 
 /**
- * A pan-tilt-zoom camera that speaks VISCA as camera 1, without a line, a screen or a clock of its own.
+ * A pan-tilt-zoom camera that speaks VISCA, without a line, a screen or a clock of its own.
  *
  * The owner hands it what arrives and tells it the time; the camera hands back what happened: each frame it
  * took from the stream and each reply it gives. The clock is milliseconds since any fixed moment and never
@@ -28,9 +29,15 @@
  *  - It takes one frame per video frame, acts on it and answers it `replyDelay` later.
  *  - The newest command wins. One that moves pan and tilt ends a Home or recall under way, which is told its
  * completion; a zoom command takes only the zoom from a recall, which completes with pan and tilt.
- *  - Presets are 0 to 127. Recalling a preset that was never stored is "not executable".
- *  - Frames for other cameras and unknown broadcasts get no answer.
- *  - Home moves pan and tilt only; recalling a preset moves the zoom too. Both go at full speed.
+ *  - Recalling a preset that was never stored is "not executable".
+ *  - Frames for other cameras and unknown broadcasts get no answer. An address that it is offered holds for
+ * the very next frame.
+ *  - Home moves pan and tilt only; recalling a preset moves the zoom too. Both go at full speed, as does the
+ * lens to a position. A position beyond what the mechanics can do is a syntax error; within that the limits
+ * that were set are as far as the camera goes. A reset goes home.
+ *  - In standby it refuses each command but power. What keeps the line in order is answered all the same:
+ * inquiries, address set, interface clear and cancel. Switched on, it stands where
+ * it stood, and its registers are as after power-on.
  *  - Interface clear empties the sockets without a word and stops a Home or recall; a drive goes on.
  *
  * Any byte stream is survived with bounded memory.
@@ -51,6 +58,22 @@ public:
         Strict
     };
 
+    /** How a camera is when it is plugged in. */
+    struct Options
+    {
+        Options(BusyRules busyRules)
+            : rules(busyRules)
+        {
+        }
+
+        BusyRules rules;
+        /** 1 to 7. */
+        int address = 1;
+        /** How many presets there are, numbered from 0; 1 to 255. */
+        int presets = 255;
+        bool standby = false;
+    };
+
     /** Something that happened, in bytes and in words (English, ASCII, without the bytes). */
     struct Event
     {
@@ -69,8 +92,8 @@ public:
         QString words;
     };
 
-    /** A camera that has just been switched on: looking straight ahead, zoomed out, no presets stored. */
-    explicit ViscaCamera(BusyRules busyRules = BusyRules::Lenient);
+    /** A camera that looks straight ahead, zoomed out, with no presets stored. */
+    explicit ViscaCamera(const Options& options = BusyRules::Lenient);
     ViscaCamera(const ViscaCamera&) = delete;
     ViscaCamera& operator=(const ViscaCamera&) = delete;
 
@@ -91,10 +114,31 @@ public:
     /** Whether it was moving at that time: pan, tilt or zoom. */
     bool isMoving() const;
 
-    /** The stored presets by number, 0 to 127. */
+    /** Whether it is switched on, not in standby. */
+    bool isOn() const { return on; }
+
+    /** Whether it shows left and right exchanged, or up and down. */
+    bool isMirrored() const { return registers.value("mirror") == registerOn; }
+
+    bool isFlipped() const { return registers.value("flip") == registerOn; }
+
+    /** The stored presets by number, from 0. */
     const QMap<int, Position>& presets() const { return storedPresets; }
 
+    /** A frame that the camera understands: its name and its pattern. */
+    struct KnownFrame
+    {
+        QString name;
+        QString frame;
+    };
+
+    /** All of them: commands, inquiries and what the registers have of both. */
+    static std::vector<KnownFrame> knownFrames();
+
 private:
+    /** VISCA's values for what can be on or off. */
+    static constexpr int registerOn = 2;
+
     /** What a frame asks for; a frame that gets no answer has no action. */
     struct Instruction
     {
@@ -128,11 +172,13 @@ private:
     enum class Task
     {
         Drive,
-        Home,
+        /** Home, a position or a reset. */
+        Travel,
         Recall,
         StorePreset,
         ResetPreset,
         Zoom,
+        Power,
         Other
     };
 
@@ -201,25 +247,52 @@ private:
     Instruction decodeAddressSet(const FrameNumbers& numbers);
     Instruction decodeInterfaceClear(const FrameNumbers& numbers);
     Instruction decodeCancel(const FrameNumbers& numbers);
+    Instruction decodePowerOn(const FrameNumbers& numbers);
+    Instruction decodePowerOff(const FrameNumbers& numbers);
     Instruction decodeDrive(const FrameNumbers& numbers);
     Instruction decodeHome(const FrameNumbers& numbers);
+    Instruction decodeAbsolutePosition(const FrameNumbers& numbers);
+    Instruction decodeRelativePosition(const FrameNumbers& numbers);
+    Instruction decodePanTiltReset(const FrameNumbers& numbers);
+    Instruction decodeLimitSet(const FrameNumbers& numbers);
+    Instruction decodeLimitClear(const FrameNumbers& numbers);
     Instruction decodeZoom(const FrameNumbers& numbers);
+    Instruction decodeZoomDirect(const FrameNumbers& numbers);
+    Instruction decodeFocus(const FrameNumbers& numbers);
+    Instruction decodeFocusDirect(const FrameNumbers& numbers);
     Instruction decodePresetReset(const FrameNumbers& numbers);
     Instruction decodePresetStore(const FrameNumbers& numbers);
     Instruction decodePresetRecall(const FrameNumbers& numbers);
+
+    bool hasPreset(int preset) const { return preset < presetCount; }
+
     Instruction presetOutOfRange(int preset);
     void recallPreset(int preset);
+
+    std::optional<Instruction> decodeRegister(const QByteArray& frame);
+    Instruction decodeRegisterValue(const Registers::Line& line, const FrameNumbers& numbers);
+    Instruction decodeRegisterStep(const Registers::Line& line, const FrameNumbers& numbers);
+    Instruction changeRegister(const QString& words, const std::function<void()>& change);
 
     // ViscaInquiries.cpp: what the camera tells.
     static const std::vector<Inquiry>& inquiries();
     void answerVersion(const FrameNumbers& numbers);
+    void answerPower(const FrameNumbers& numbers);
     void answerPanTiltPosition(const FrameNumbers& numbers);
+    void answerPanTiltStatus(const FrameNumbers& numbers);
+    void answerPanTiltMaximumSpeeds(const FrameNumbers& numbers);
     void answerZoomPosition(const FrameNumbers& numbers);
+    void answerFocusPosition(const FrameNumbers& numbers);
+    void answerRegister(const Registers::Line& line);
+    void answerBlock(const FrameNumbers& numbers);
 
     const BusyRules rules;
-    int address = 1;
+    const int presetCount;
+    int address;
+    bool on;
     FrameReader reader;
     Mechanics mechanics;
+    Registers registers;
     QMap<int, Position> storedPresets;
     Time clock{0};
     std::vector<Event> events;

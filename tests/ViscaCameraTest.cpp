@@ -72,6 +72,7 @@ private slots:
     void recallCompletesWithItsSlowestPart();
     void aZoomCommandTakesTheZoomOfARecallOver();
     void presetsAreKeptByNumber();
+    void presetsBeyondThoseThereAreAreSyntaxErrors();
     void recallOfNothingIsNotExecutable();
 
     void lenientDriveEndsHome();
@@ -104,7 +105,7 @@ private slots:
     void framesForOthersGetNoAnswer_data();
     void framesForOthersGetNoAnswer();
     void bytesWithoutAHeaderAreIgnored();
-    void aFrameTooLongIsOneSyntaxError();
+    void aFrameTooLongIsOneMessageLengthError();
     void anUnfinishedFrameIsForgottenAfterASecond();
     void aMissingTerminatorCostsOneFrame();
     void anyBytesAreSurvived();
@@ -140,7 +141,7 @@ void ViscaCameraTest::aCommandIsAcknowledgedAndCompleted_data()
     QTest::newRow("zoom wide 7") << QByteArray(zoomWide) << "zoom wide, speed 7";
     QTest::newRow("store") << QByteArray(store5) << "store preset 5";
     QTest::newRow("store 0") << QByteArray("81 01 04 3f 01 00 ff") << "store preset 0";
-    QTest::newRow("store 127") << QByteArray("81 01 04 3f 01 7f ff") << "store preset 127";
+    QTest::newRow("store 254") << QByteArray("81 01 04 3f 01 fe ff") << "store preset 254";
     QTest::newRow("reset") << QByteArray(reset5) << "reset preset 5";
 }
 
@@ -159,8 +160,8 @@ void ViscaCameraTest::aFrameThatIsNoCommandIsASyntaxError_data()
 
     QTest::newRow("header and terminator only") << QByteArray("81 ff");
     QTest::newRow("unknown category") << QByteArray("81 01 05 04 ff");
-    QTest::newRow("unknown command") << QByteArray("81 01 06 05 ff");
-    QTest::newRow("unknown inquiry") << QByteArray("81 09 04 48 ff");
+    QTest::newRow("unknown command") << QByteArray("81 01 06 7f ff");
+    QTest::newRow("unknown inquiry") << QByteArray("81 09 04 7f ff");
     QTest::newRow("neither command nor inquiry") << QByteArray("81 02 06 04 ff");
     QTest::newRow("drive too short") << QByteArray("81 01 06 01 05 05 03 ff");
     QTest::newRow("drive too long") << QByteArray("81 01 06 01 05 05 03 01 00 ff");
@@ -217,8 +218,6 @@ void ViscaCameraTest::everyParameterOutOfRangeIsASyntaxError()
         const bool isZoomWay = value >> 4 == 2 || value >> 4 == 3;
         const bool isZoom = isZoomWay && (value & 0xF) <= fastestZoom;
         check("81 01 04 07 XX ff", value, isZoom || value == 0 || value == 2 || value == 3);
-        check("81 01 04 3f 01 XX ff", value, value <= 127);
-        check("81 01 04 3f 00 XX ff", value, value <= 127);
     }
 }
 
@@ -437,21 +436,35 @@ void ViscaCameraTest::aZoomCommandTakesTheZoomOfARecallOver()
 void ViscaCameraTest::presetsAreKeptByNumber()
 {
     CameraDesk desk;
-    for (int preset = 0; preset <= 127; ++preset) {
+    for (int preset = 0; preset <= 254; ++preset) {
         desk.send("81 01 06 01 01 01 02 03 ff", 50ms);
         desk.send(driveStop);
         desk.send(withByte("81 01 04 3f 01 XX ff", preset));
         QCOMPARE(desk.camera.presets().value(preset).pan, desk.camera.position().pan);
     }
-    QCOMPARE(desk.camera.presets().size(), 128);
-    QVERIFY(desk.camera.presets().value(0).pan < desk.camera.presets().value(127).pan);
+    QCOMPARE(desk.camera.presets().size(), 255);
+    QVERIFY(desk.camera.presets().value(0).pan < desk.camera.presets().value(254).pan);
 
     const double before = desk.camera.presets().value(5).pan;
     desk.send(store5);
     QVERIFY(desk.camera.presets().value(5).pan > before);
     desk.send(reset5);
     QVERIFY(!desk.camera.presets().contains(5));
-    QCOMPARE(desk.camera.presets().size(), 127);
+    QCOMPARE(desk.camera.presets().size(), 254);
+}
+
+void ViscaCameraTest::presetsBeyondThoseThereAreAreSyntaxErrors()
+{
+    ViscaCamera::Options options(BusyRules::Lenient);
+    options.presets = 6;
+    CameraDesk desk(options);
+    for (const char* const action : {"00", "01"}) {
+        QCOMPARE(desk.send("81 01 04 3f " + QByteArray(action) + "05 ff"), acknowledgedAndCompleted());
+        QCOMPARE(desk.send("81 01 04 3f " + QByteArray(action) + "06 ff"), syntaxError());
+    }
+    QCOMPARE(desk.send(recall5), acknowledgedAndCompleted());
+    QCOMPARE(desk.send("81 01 04 3f 02 06 ff"), syntaxError());
+    QCOMPARE(desk.camera.presets().size(), 1);
 }
 
 void ViscaCameraTest::recallOfNothingIsNotExecutable()
@@ -817,15 +830,15 @@ void ViscaCameraTest::bytesWithoutAHeaderAreIgnored()
     QVERIFY(camera.advance(25ms).front().bytes == bytes("90 41 ff"));
 }
 
-void ViscaCameraTest::aFrameTooLongIsOneSyntaxError()
+void ViscaCameraTest::aFrameTooLongIsOneMessageLengthError()
 {
     CameraDesk desk;
     const QByteArray longest = "81 01 " + QByteArray("00 ").repeated(13);
     QCOMPARE(desk.send(longest + "ff"), syntaxError());
     QCOMPARE(desk.heard, QStringList("unknown command"));
-    QCOMPARE(desk.send(longest + "00 ff"), syntaxError());
+    QCOMPARE(desk.send(longest + "00 ff"), QStringList("25: 90 60 01 ff"));
     QCOMPARE(desk.heard.last(), QString("too long"));
-    QCOMPARE(desk.send(longest + QByteArray("00 ").repeated(100000) + "ff"), syntaxError());
+    QCOMPARE(desk.send(longest + QByteArray("00 ").repeated(100000) + "ff"), QStringList("25: 90 60 01 ff"));
     QCOMPARE(desk.heard.size(), 3);
     QCOMPARE(desk.send(driveUp), acknowledgedAndCompleted());
 }

@@ -11,8 +11,8 @@
 class CameraDesk
 {
 public:
-    explicit CameraDesk(ViscaCamera::BusyRules rules = ViscaCamera::BusyRules::Lenient)
-        : camera(rules)
+    explicit CameraDesk(const ViscaCamera::Options& options = ViscaCamera::BusyRules::Lenient)
+        : camera(options)
     {
     }
 
