@@ -11,9 +11,9 @@ QString hex(const QByteArray& bytes)
 
 } // namespace
 
-SerialCamera::SerialCamera(ViscaCamera::BusyRules busyRules, const ReplyFaults::Options& faults,
+SerialCamera::SerialCamera(const ViscaCamera::Options& options, const ReplyFaults::Options& faults,
                            const QString& link)
-    : camera(busyRules)
+    : camera(options)
     , faulty(faults.any())
     , replyFaults(faults)
     , portLink(link)

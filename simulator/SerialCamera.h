@@ -24,7 +24,8 @@ class SerialCamera : public QObject
 
 public:
     /** A camera not plugged in yet; `link` is the path of its symbolic link, empty for none. */
-    SerialCamera(ViscaCamera::BusyRules busyRules, const ReplyFaults::Options& faults, const QString& link);
+    SerialCamera(const ViscaCamera::Options& options, const ReplyFaults::Options& faults,
+                 const QString& link);
     ~SerialCamera() override;
 
     /**

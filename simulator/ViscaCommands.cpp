@@ -487,7 +487,7 @@ std::vector<ViscaCamera::KnownFrame> ViscaCamera::knownFrames()
     for (const Registers::Line& line : Registers::table()) {
         const QString name = line.name;
         addForm(QString("%1 %2").arg(name, line.range).trimmed(), line.sets);
-        addForm(name + (QByteArray(line.steps).contains('s') ? " reset, up, down" : " toggle"), line.steps);
+        addForm(name + (QByteArray(line.steps).contains('s') ? " step" : " toggle"), line.steps);
         addForm(name + " inquiry", line.inquiry);
     }
     return frames;

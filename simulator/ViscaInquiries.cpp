@@ -12,7 +12,7 @@ const std::vector<ViscaCamera::Inquiry>& ViscaCamera::inquiries()
         {"power", "8x 09 04 00 FF", &ViscaCamera::answerPower},
         {"pan-tilt position", "8x 09 06 12 FF", &ViscaCamera::answerPanTiltPosition},
         {"pan-tilt status", "8x 09 06 10 FF", &ViscaCamera::answerPanTiltStatus},
-        {"pan-tilt maximum speeds", "8x 09 06 11 FF", &ViscaCamera::answerPanTiltMaximumSpeeds},
+        {"maximum speeds", "8x 09 06 11 FF", &ViscaCamera::answerPanTiltMaximumSpeeds},
         {"zoom position", "8x 09 04 47 FF", &ViscaCamera::answerZoomPosition},
         {"focus position", "8x 09 04 48 FF", &ViscaCamera::answerFocusPosition},
         {"block", "8x 09 7E 7E 0p FF", &ViscaCamera::answerBlock},

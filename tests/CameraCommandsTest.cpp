@@ -805,7 +805,7 @@ void CameraCommandsTest::everyKnownFrameIsNamedOnce()
         QVERIFY2(frames.insert(known.frame).second, qPrintable(known.frame));
     }
     QVERIFY(names.count("home") == 1);
-    QVERIFY(names.count("iris reset, up, down") == 1);
+    QVERIFY(names.count("iris step") == 1);
     QVERIFY(names.count("focus mode toggle") == 1);
     QVERIFY(names.count("white balance mode 0-5") == 1);
     QVERIFY(names.count("one-push focus") == 1);

@@ -1,5 +1,6 @@
+#include "support/CameraProgram.h"
+
 #include <QFileInfo>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -17,60 +18,6 @@ const char* const driveUpLine = "<- 81 01 06 01 05 05 03 01 FF  drive up, pan sp
 const char* const ackLine = "-> 90 41 FF  ACK, socket 1";
 const char* const completionLine = "-> 90 51 FF  completion, socket 1";
 const char* const ackAndCompletion = "90 41 ff 90 51 ff";
-
-// The running program and its output.
-class CameraProgram
-{
-public:
-    explicit CameraProgram(const QStringList& options = {}) { process.start(VANTREL_CAMERA_PATH, options); }
-
-    ~CameraProgram()
-    {
-        process.terminate();
-        process.waitForFinished();
-    }
-
-    CameraProgram(const CameraProgram&) = delete;
-    CameraProgram& operator=(const CameraProgram&) = delete;
-
-    // The lines printed so far.
-    QStringList lines()
-    {
-        output += QString::fromLocal8Bit(process.readAllStandardOutput());
-        return output.split('\n', Qt::SkipEmptyParts);
-    }
-
-    // Those that begin with `mark`, such as "->".
-    QStringList lines(const QString& mark)
-    {
-        const QStringList all = lines();
-        QStringList marked;
-        std::copy_if(all.begin(), all.end(), std::back_inserter(marked),
-                     [&mark](const QString& line) { return line.startsWith(mark); });
-        return marked;
-    }
-
-    // Where the camera is now; waits until the program tells it for the `count`th time.
-    QString path(int count = 1)
-    {
-        const QString mark("Camera at ");
-        static_cast<void>(QTest::qWaitFor([&] { return lines(mark).size() >= count; }));
-        return lines(mark).value(count - 1).mid(mark.size());
-    }
-
-    // Waits for the end; returns the exit status, or -1 if it did not end by itself.
-    int exitStatus()
-    {
-        if (process.state() != QProcess::NotRunning && !process.waitForFinished())
-            return -1;
-        return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
-    }
-
-    QProcess process;
-
-private:
-    QString output;
-};
 
 // A controller with the line open.
 class Controller

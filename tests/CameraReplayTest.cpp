@@ -1,0 +1,388 @@
+// vantrel-camera --replay, as whoever has a camera at a port uses it. The camera here is the simulated one.
+
+#include "support/CameraEnd.h"
+#include "support/CameraProgram.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+#include <QtTest>
+
+#include <fcntl.h>
+#include <termios.h>
+#include <unistd.h>
+
+namespace {
+
+const char* const homeAnswered = "> 81 01 06 04 FF\n"
+                                 "< 90 41 FF\n"
+                                 "< 90 51 FF\n";
+
+// What a run of the program came to.
+struct Outcome
+{
+    int status;
+    QStringList lines;
+    QString complaint;
+};
+
+// Whoever replays dialogues, in a folder of their own.
+class Desk
+{
+public:
+    Desk() { QVERIFY(folder.isValid()); }
+
+    QString write(const QByteArray& dialogue) const
+    {
+        QFile file(path);
+        if (!file.open(QIODevice::WriteOnly) || file.write(dialogue) != dialogue.size())
+            qFatal("cannot write %s", qPrintable(path));
+        return path;
+    }
+
+    Outcome run(const QStringList& arguments) const
+    {
+        CameraProgram program(arguments);
+        const int status = program.exitStatus();
+        return {status, program.lines(), QString::fromLocal8Bit(program.process.readAllStandardError())};
+    }
+
+    // Replays against a simulated camera that is started with these options.
+    Outcome replay(const QByteArray& dialogue, const QStringList& cameraOptions = {}) const
+    {
+        CameraProgram camera(cameraOptions);
+        return run({"--replay", write(dialogue), camera.path()});
+    }
+
+private:
+    const QTemporaryDir folder;
+
+public:
+    const QString path = folder.filePath("dialogue.txt");
+};
+
+// A line of the report without the times.
+QString withoutTime(const QString& line)
+{
+    return QString(line).remove(QRegularExpression(" +\\d+ ms")).simplified();
+}
+
+QStringList withoutTimes(const QStringList& lines)
+{
+    QStringList plain;
+    for (const QString& line : lines)
+        plain += withoutTime(line);
+    return plain;
+}
+
+} // namespace
+
+class CameraReplayTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void anEqualCameraEndsWithStatus0();
+    void aCameraThatDiffersEndsWithStatus1();
+    void theReportTellsWhenEachAnswerCame();
+    void theReportTellsWhatTheCameraHasToBeLike();
+    void anyDigitMayStandInAnAnswer();
+    void answersMayComeInPieces();
+    void anAnswerThatNeverComesIsADifference();
+    void anAnswerThatComesTooEarlyIsADifference();
+    void anAnswerThatNobodyExpectsIsADifference_data();
+    void anAnswerThatNobodyExpectsIsADifference();
+    void halfAnAnswerAtTheEndIsADifference();
+    void theControllerWaitsBeforeItSends();
+    void whatTheLineHeldBeforeIsForgotten();
+    void commentsAndGapsMeanNothing();
+
+    void aBadDialogueIsAClearErrorWithItsLine_data();
+    void aBadDialogueIsAClearErrorWithItsLine();
+    void aMissingFileIsAClearError();
+    void aMissingPortIsAClearError();
+    void aPortThatIsLostEndsTheReplay();
+    void aBadOptionIsAClearErrorWithStatus2_data();
+    void aBadOptionIsAClearErrorWithStatus2();
+    void thePortIsSetUpAsAsked_data();
+    void thePortIsSetUpAsAsked();
+};
+
+void CameraReplayTest::anEqualCameraEndsWithStatus0()
+{
+    const Outcome outcome = Desk().replay(homeAnswered);
+    QCOMPARE(withoutTimes(outcome.lines),
+             QStringList({"expected received", "> 81 01 06 04 FF", "< 90 41 FF 90 41 FF",
+                          "< 90 51 FF 90 51 FF", "as expected"}));
+    QCOMPARE(outcome.status, 0);
+    QVERIFY(outcome.complaint.isEmpty());
+}
+
+void CameraReplayTest::aCameraThatDiffersEndsWithStatus1()
+{
+    const Outcome outcome = Desk().replay(homeAnswered, {"--standby"});
+    QCOMPARE(withoutTimes(outcome.lines),
+             QStringList({"expected received", "> 81 01 06 04 FF", "< 90 41 FF 90 61 41 FF differs",
+                          "< 90 51 FF nothing differs", "differences: 2"}));
+    QCOMPARE(outcome.status, 1);
+    QVERIFY(outcome.complaint.isEmpty());
+}
+
+void CameraReplayTest::theReportTellsWhenEachAnswerCame()
+{
+    const Outcome outcome = Desk().replay("> 81 01 06 04 FF\n"
+                                          "< 90 41 FF  within 3 s\n"
+                                          "< 90 51 FF  within 3 s\n",
+                                          {"--late", "400"});
+    QCOMPARE(outcome.status, 0);
+    const QRegularExpression time(" (\\d+) ms$");
+    const int acknowledged = time.match(outcome.lines.value(2)).captured(1).toInt();
+    const int completed = time.match(outcome.lines.value(3)).captured(1).toInt();
+    QVERIFY2(acknowledged >= 400, qPrintable(outcome.lines.join('\n')));
+    QVERIFY2(completed >= acknowledged, qPrintable(outcome.lines.join('\n')));
+}
+
+void CameraReplayTest::theReportTellsWhatTheCameraHasToBeLike()
+{
+    const Outcome outcome = Desk().replay("--strict --presets 6\n> 81 01 04 3F 01 06 FF\n< 90 60 02 FF\n",
+                                          {"--strict", "--presets", "6"});
+    QCOMPARE(outcome.lines.value(0), QString("for a camera like vantrel-camera --strict --presets 6"));
+    QCOMPARE(outcome.status, 0);
+}
+
+void CameraReplayTest::anyDigitMayStandInAnAnswer()
+{
+    QCOMPARE(Desk().replay("> 81 01 06 04 FF\n< 90 4? FF\n< 90 5? FF\n").status, 0);
+    QCOMPARE(Desk().replay("> 81 01 06 04 FF\n< 90 5? FF\n< 90 5? FF\n").status, 1);
+    QCOMPARE(Desk().replay("> 81 09 00 02 FF\n< 90 50 ?? ?? ?? ?? ?? ?? 02 FF\n").status, 0);
+    QCOMPARE(Desk().replay("> 81 09 00 02 FF\n< 90 50 ?? ?? ?? ?? ?? 02 FF\n").status, 1);
+}
+
+void CameraReplayTest::answersMayComeInPieces()
+{
+    QCOMPARE(Desk().replay(homeAnswered, {"--split"}).status, 0);
+    QCOMPARE(Desk().replay(homeAnswered, {"--join"}).status, 0);
+}
+
+void CameraReplayTest::anAnswerThatNeverComesIsADifference()
+{
+    const Outcome outcome = Desk().replay("> 82 01 06 04 FF\n< A0 41 FF within 50 ms\n");
+    QCOMPARE(outcome.status, 1);
+    QCOMPARE(withoutTime(outcome.lines.value(2)), QString("< A0 41 FF nothing differs"));
+}
+
+void CameraReplayTest::anAnswerThatComesTooEarlyIsADifference()
+{
+    const Outcome outcome =
+        Desk().replay("> 81 01 06 04 FF\n< 90 41 FF\n< 90 51 FF after 60 s within 70 s\n");
+    QCOMPARE(outcome.status, 1);
+    QCOMPARE(withoutTime(outcome.lines.value(3)), QString("< 90 51 FF 90 51 FF too early"));
+}
+
+void CameraReplayTest::anAnswerThatNobodyExpectsIsADifference_data()
+{
+    QTest::addColumn<QByteArray>("dialogue");
+
+    QTest::newRow("before the next frame")
+        << QByteArray("> 81 01 06 04 FF\n< 90 41 FF\n> 82 01 06 04 FF after 500 ms\n");
+    QTest::newRow("in a silence") << QByteArray("> 81 01 06 04 FF\n< 90 41 FF\n< nothing within 500 ms\n");
+    QTest::newRow("at the end") << QByteArray("> 81 01 06 04 FF\n< 90 41 FF\n");
+}
+
+void CameraReplayTest::anAnswerThatNobodyExpectsIsADifference()
+{
+    QFETCH(QByteArray, dialogue);
+    const Outcome outcome = Desk().replay(dialogue);
+    QCOMPARE(outcome.status, 1);
+    QVERIFY2(withoutTimes(outcome.lines).contains("< nothing 90 51 FF differs"),
+             qPrintable(outcome.lines.join('\n')));
+    QCOMPARE(outcome.lines.constLast(), QString("differences: 1"));
+}
+
+void CameraReplayTest::halfAnAnswerAtTheEndIsADifference()
+{
+    const Desk desk;
+    CameraEnd camera;
+    CameraProgram replay({"--replay", desk.write("> 81 01 06 04 FF\n< 90 41 FF\n"), camera.portName()});
+    QCOMPARE(camera.nextFrame(), QByteArray("81 01 06 04 ff"));
+    camera.reply("90 41 ff 90 51");
+    QCOMPARE(replay.exitStatus(), 1);
+    QCOMPARE(withoutTime(replay.lines().value(3)), QString("< nothing 90 51 differs"));
+}
+
+void CameraReplayTest::theControllerWaitsBeforeItSends()
+{
+    QElapsedTimer clock;
+    clock.start();
+    const Outcome outcome = Desk().replay("> 81 01 06 04 FF\n< 90 41 FF\n< 90 51 FF\n"
+                                          "> 81 01 06 04 FF after 1 s\n< 90 41 FF\n< 90 51 FF\n");
+    QCOMPARE(outcome.status, 0);
+    QVERIFY(clock.elapsed() >= 1000);
+}
+
+void CameraReplayTest::whatTheLineHeldBeforeIsForgotten()
+{
+    const Desk desk;
+    CameraProgram camera;
+    QCOMPARE(desk.run({"--replay", desk.write("> 81 09 04 00 FF\n"), camera.path()}).status, 1);
+    QFile line(camera.path());
+    QVERIFY(line.open(QIODevice::WriteOnly | QIODevice::Unbuffered));
+    line.write(QByteArray::fromHex("81 09 04 00 ff"));
+    line.close();
+    QTRY_COMPARE(camera.lines("->").size(), 2);
+    QCOMPARE(desk.run({"--replay", desk.write(homeAnswered), camera.path()}).status, 0);
+}
+
+void CameraReplayTest::commentsAndGapsMeanNothing()
+{
+    const Outcome outcome = Desk().replay("# Home\n"
+                                          "\n"
+                                          "   \t\n"
+                                          "--address 3   # camera 3\n"
+                                          "  >81 01 06 04 ff# sent\r\n"
+                                          "<  90   41 ff   within  2  s   after 0 ms  # and answered\n"
+                                          "< 90 51 FF");
+    QCOMPARE(outcome.status, 0);
+    QCOMPARE(withoutTimes(outcome.lines).mid(2),
+             QStringList({"> 81 01 06 04 FF", "< 90 41 FF 90 41 FF", "< 90 51 FF 90 51 FF", "as expected"}));
+}
+
+void CameraReplayTest::aBadDialogueIsAClearErrorWithItsLine_data()
+{
+    QTest::addColumn<QByteArray>("dialogue");
+    QTest::addColumn<QString>("complaint");
+
+    const auto row = [](const char* name, const QByteArray& dialogue, const QString& complaint) {
+        QTest::newRow(name) << dialogue << complaint;
+    };
+    const QString unknown("this is no frame, answer or option: ");
+    const QString sender("a controller sends bytes, at one time");
+    const QString silence("nothing is expected within a time");
+    row("empty", "", ": no frame is sent");
+    row("only comments", "# nothing\n", ": no frame is sent");
+    row("only options", "--strict\n", ": no frame is sent");
+    row("words", "# first\n\nHome, please\n", ":3: " + unknown + "Home, please");
+    row("half a byte", "> 81 0\n", ":1: " + unknown + "> 81 0");
+    row("no byte", ">\n", ":1: " + unknown + ">");
+    row("no hexadecimal digit", "> 81 0G FF\n", ":1: " + unknown + "> 81 0G FF");
+    row("joined bytes", "> 8101 FF\n", ":1: " + unknown + "> 8101 FF");
+    row("time without unit", "> 81 FF after 3\n", ":1: " + unknown + "> 81 FF after 3");
+    row("time in minutes", "> 81 FF after 3 min\n", ":1: " + unknown + "> 81 FF after 3 min");
+    row("time too long", "> 81 FF after 1000000 ms\n", ":1: " + unknown + "> 81 FF after 1000000 ms");
+    row("sent with any digit", "> 81 ?? FF\n", ":1: " + sender);
+    row("nothing sent", "> nothing\n", ":1: " + sender);
+    row("sent within a time", "> 81 FF within 1 s\n", ":1: " + sender);
+    row("silence without end", "> 81 FF\n< nothing\n", ":2: " + silence);
+    row("silence after a time", "> 81 FF\n< nothing after 1 s\n", ":2: " + silence);
+    row("answer first", "< 90 41 FF\n> 81 FF\n", ":1: the controller speaks first");
+    row("option too late", "> 81 FF\n--strict\n", ":2: the camera's options stand before the first frame");
+}
+
+void CameraReplayTest::aBadDialogueIsAClearErrorWithItsLine()
+{
+    QFETCH(QByteArray, dialogue);
+    QFETCH(QString, complaint);
+    const Desk desk;
+    const Outcome outcome = desk.run({"--replay", desk.write(dialogue), "/no/such/port"});
+    QCOMPARE(outcome.complaint, "vantrel-camera: " + desk.path + complaint + '\n');
+    QCOMPARE(outcome.status, 2);
+    QVERIFY(outcome.lines.isEmpty());
+}
+
+void CameraReplayTest::aMissingFileIsAClearError()
+{
+    const Outcome outcome = Desk().run({"--replay", "/no/such/file", "/no/such/port"});
+    QCOMPARE(outcome.complaint,
+             QString("vantrel-camera: cannot read /no/such/file: No such file or directory\n"));
+    QCOMPARE(outcome.status, 2);
+}
+
+void CameraReplayTest::aMissingPortIsAClearError()
+{
+    const Desk desk;
+    const Outcome outcome = desk.run({"--replay", desk.write(homeAnswered), "/no/such/port"});
+    QCOMPARE(outcome.complaint,
+             QString("vantrel-camera: cannot open /no/such/port: No such file or directory\n"));
+    QCOMPARE(outcome.status, 2);
+    QVERIFY(outcome.lines.isEmpty());
+}
+
+void CameraReplayTest::aPortThatIsLostEndsTheReplay()
+{
+    const Desk desk;
+    CameraEnd camera;
+    const QString file = desk.write("> 81 01 06 04 FF\n< 90 41 FF within 2 s\n");
+    CameraProgram replay({"--replay", file, camera.portName()});
+    QCOMPARE(camera.nextFrame(), QByteArray("81 01 06 04 ff"));
+    camera.pull();
+
+    // Not every version of Qt tells that a port is lost; the answer does not come then.
+    const int status = replay.exitStatus();
+    const QString complaint = QString::fromLocal8Bit(replay.process.readAllStandardError());
+    if (status == 2)
+        QVERIFY2(complaint.startsWith("vantrel-camera: the port is lost: "), qPrintable(complaint));
+    else
+        QCOMPARE(withoutTime(replay.lines().value(2)), QString("< 90 41 FF nothing differs"));
+    QVERIFY(status == 1 || status == 2);
+}
+
+void CameraReplayTest::aBadOptionIsAClearErrorWithStatus2_data()
+{
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<QString>("complaint");
+
+    const auto row = [](const char* name, const QStringList& options, const QString& complaint) {
+        QTest::newRow(name) << options << complaint;
+    };
+    row("no port", {"--replay", "file"}, "--replay takes one port, such as /dev/ttyUSB0");
+    row("two ports", {"--replay", "file", "one", "two"}, "--replay takes one port");
+    row("a camera's option", {"--replay", "file", "--strict", "port"},
+        "--strict is for the simulated camera, which --replay does without");
+    row("a view", {"--replay", "file", "--seed", "1", "port"}, "--seed is for the simulated camera");
+    row("no file", {"--replay"}, "Missing value after '--replay'");
+    row("baud not a number", {"--replay", "file", "--baud", "fast", "port"},
+        "--baud takes a whole number from 1 to 4000000, not \"fast\"");
+    row("baud 0", {"--replay", "file", "--baud", "0", "port"}, "--baud takes");
+    row("baud alone", {"--baud", "9600"}, "--baud needs --replay");
+}
+
+void CameraReplayTest::aBadOptionIsAClearErrorWithStatus2()
+{
+    QFETCH(QStringList, options);
+    QFETCH(QString, complaint);
+    const Outcome outcome = Desk().run(options);
+    QCOMPARE(outcome.status, 2);
+    QVERIFY2(outcome.complaint.startsWith("vantrel-camera: " + complaint), qPrintable(outcome.complaint));
+    QCOMPARE(outcome.complaint.count('\n'), 1);
+    QVERIFY(outcome.lines.isEmpty());
+}
+
+void CameraReplayTest::thePortIsSetUpAsAsked_data()
+{
+    QTest::addColumn<QStringList>("options");
+    QTest::addColumn<unsigned>("speed");
+
+    QTest::newRow("usual") << QStringList() << unsigned(B9600);
+    QTest::newRow("38400") << QStringList({"--baud", "38400"}) << unsigned(B38400);
+}
+
+void CameraReplayTest::thePortIsSetUpAsAsked()
+{
+    QFETCH(QStringList, options);
+    QFETCH(unsigned, speed);
+    const Desk desk;
+    CameraEnd camera;
+    const QString file = desk.write("> 81 01 06 04 FF\n< 90 41 FF within 60 s\n");
+    CameraProgram replay(QStringList({"--replay", file, camera.portName()}) + options);
+    QCOMPARE(camera.nextFrame(), QByteArray("81 01 06 04 ff"));
+
+    termios settings{};
+    const int line = open(QFile::encodeName(camera.portName()).constData(), O_RDWR | O_NOCTTY);
+    QCOMPARE(tcgetattr(line, &settings), 0);
+    close(line);
+    QCOMPARE(cfgetospeed(&settings), speed);
+    QCOMPARE(settings.c_cflag & (CSIZE | PARENB | CSTOPB | CRTSCTS), tcflag_t(CS8));
+    QCOMPARE(settings.c_iflag & (IXON | IXOFF), tcflag_t(0));
+}
+
+QTEST_GUILESS_MAIN(CameraReplayTest)
+#include "CameraReplayTest.moc"

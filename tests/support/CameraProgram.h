@@ -1,0 +1,62 @@
+#pragma once
+
+#include <QProcess>
+#include <QStringList>
+#include <QtTest>
+
+#include <algorithm>
+#include <iterator>
+
+/** The simulated camera as a program of its own, and what it prints. */
+class CameraProgram
+{
+public:
+    explicit CameraProgram(const QStringList& options = {}) { process.start(VANTREL_CAMERA_PATH, options); }
+
+    ~CameraProgram()
+    {
+        process.terminate();
+        process.waitForFinished();
+    }
+
+    CameraProgram(const CameraProgram&) = delete;
+    CameraProgram& operator=(const CameraProgram&) = delete;
+
+    /** The lines printed so far. */
+    QStringList lines()
+    {
+        output += QString::fromLocal8Bit(process.readAllStandardOutput());
+        return output.split('\n', Qt::SkipEmptyParts);
+    }
+
+    /** Those that begin with `mark`, such as "->". */
+    QStringList lines(const QString& mark)
+    {
+        const QStringList all = lines();
+        QStringList marked;
+        std::copy_if(all.begin(), all.end(), std::back_inserter(marked),
+                     [&mark](const QString& line) { return line.startsWith(mark); });
+        return marked;
+    }
+
+    /** Where the camera is now; waits until the program tells it for the `count`th time. */
+    QString path(int count = 1)
+    {
+        const QString mark("Camera at ");
+        static_cast<void>(QTest::qWaitFor([&] { return lines(mark).size() >= count; }));
+        return lines(mark).value(count - 1).mid(mark.size());
+    }
+
+    /** Waits for the end; returns the exit status, or -1 if it did not end by itself. */
+    int exitStatus()
+    {
+        if (process.state() != QProcess::NotRunning && !process.waitForFinished())
+            return -1;
+        return process.exitStatus() == QProcess::NormalExit ? process.exitCode() : -1;
+    }
+
+    QProcess process;
+
+private:
+    QString output;
+};
