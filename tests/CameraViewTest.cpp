@@ -28,6 +28,11 @@ const char* const home = "81 01 06 04 ff";
 const char* const store1 = "81 01 04 3f 01 01 ff";
 const char* const store12 = "81 01 04 3f 01 0c ff";
 const char* const reset1 = "81 01 04 3f 00 01 ff";
+const char* const mirrorOn = "81 01 04 61 02 ff";
+const char* const mirrorOff = "81 01 04 61 03 ff";
+const char* const flipOn = "81 01 04 66 02 ff";
+const char* const powerOn = "81 01 04 00 02 ff";
+const char* const powerOff = "81 01 04 00 03 ff";
 
 constexpr QSize pictureSize(800, 450);
 const QColor amber(0xff, 0xb0, 0x2e);
@@ -144,6 +149,10 @@ private slots:
     void zoomingInSpreadsThePicture();
     void theSceneIsDrawnAllAround_data();
     void theSceneIsDrawnAllAround();
+    void aTurnedSceneIsTheSameTheOtherWayAround_data();
+    void aTurnedSceneIsTheSameTheOtherWayAround();
+    void mirrorAndFlipTurnTheView();
+    void theViewIsDarkInStandby();
     void lastCommandAndItsReplyAreShown();
     void bytesThatAreNoFrameAreShown();
     void theProtocolIsPaintedBelowTheMiddle();
@@ -392,6 +401,88 @@ void CameraViewTest::theSceneIsDrawnAllAround()
     const auto* const last = first + picture.sizeInBytes() / static_cast<qsizetype>(sizeof(QRgb));
     const auto bare = std::count(first, last, QColor(Qt::magenta).rgb());
     QCOMPARE(bare, 0);
+}
+
+void CameraViewTest::aTurnedSceneIsTheSameTheOtherWayAround_data()
+{
+    QTest::addColumn<bool>("mirrored");
+    QTest::addColumn<bool>("flipped");
+    QTest::newRow("mirrored") << true << false;
+    QTest::newRow("flipped") << false << true;
+    QTest::newRow("both") << true << true;
+}
+
+void CameraViewTest::aTurnedSceneIsTheSameTheOtherWayAround()
+{
+    QFETCH(bool, mirrored);
+    QFETCH(bool, flipped);
+    const Scene scene;
+    const ViscaCamera::Position position{20, 10, 0x1000};
+    QImage usual(pictureSize, QImage::Format_RGB32);
+    QImage turned(pictureSize, QImage::Format_RGB32);
+    scene.draw(usual, Projection(position, pictureSize));
+    scene.draw(turned, Projection(position, pictureSize, {mirrored, flipped}));
+
+    const QImage expected = usual.mirrored(mirrored, flipped);
+    int different = 0;
+    int changed = 0;
+    for (int y = 0; y < turned.height(); ++y) {
+        for (int x = 0; x < turned.width(); ++x) {
+            // An edge between two pixels may be drawn in the one or in the other.
+            constexpr int tolerance = 64;
+            const int grey = qGray(turned.pixel(x, y));
+            different += std::abs(grey - qGray(expected.pixel(x, y))) > tolerance;
+            changed += std::abs(grey - qGray(usual.pixel(x, y))) > tolerance;
+        }
+    }
+    const int pixels = turned.width() * turned.height();
+    QVERIFY2(different < pixels / 1000, qPrintable(QString::number(different)));
+    QVERIFY2(changed > pixels / 100, qPrintable(QString::number(changed)));
+}
+
+void CameraViewTest::mirrorAndFlipTurnTheView()
+{
+    Desk desk;
+    desk.carryOut(store1);
+    // Four seconds at the slowest speeds: home is 13.2 degrees to the left and 10 degrees below.
+    desk.send("81 01 06 01 01 01 02 01 ff");
+    desk.now += untilAction + 4s;
+    const QImage usual = desk.pictureAtRest();
+    const ViscaCamera::Position here = desk.camera.position();
+    const auto home = Projection(here, pictureSize).pointAt(0, 0);
+    QVERIFY(home && home->x() < 400 && home->y() > 225);
+    QVERIFY(hasMarkAt(usual, *home));
+
+    desk.carryOut(mirrorOn);
+    const QPointF mirrored(800 - home->x(), home->y());
+    QVERIFY(hasMarkAt(desk.pictureAtRest(), mirrored));
+    QVERIFY(!hasMarkAt(desk.pictureAtRest(), *home));
+
+    desk.carryOut(flipOn);
+    QVERIFY(hasMarkAt(desk.pictureAtRest(), QPointF(mirrored.x(), 450 - home->y())));
+    desk.carryOut(mirrorOff);
+    QVERIFY(hasMarkAt(desk.pictureAtRest(), QPointF(home->x(), 450 - home->y())));
+}
+
+void CameraViewTest::theViewIsDarkInStandby()
+{
+    Desk desk;
+    desk.carryOut(store1);
+    const QPointF home(400, 225);
+    const QImage bright = desk.pictureAtRest();
+    QVERIFY(hasMarkAt(bright, home));
+
+    desk.carryOut(powerOff);
+    const QImage dark = desk.pictureAtRest();
+    // Between the panels there is nothing: no scene, no scale, no mark.
+    const QRect between(0, 120, 800, 270);
+    QImage black(between.size(), dark.format());
+    black.fill(Qt::black);
+    QCOMPARE(dark.copy(between), black);
+    QCOMPARE(desk.view.texts().reply, "not executable now, socket 1");
+
+    desk.carryOut(powerOn);
+    QCOMPARE(desk.pictureAtRest().copy(between), bright.copy(between));
 }
 
 void CameraViewTest::lastCommandAndItsReplyAreShown()

@@ -128,6 +128,8 @@ void CameraView::showPresent()
     const ViscaCamera& camera = look();
     position = camera.position();
     presets = camera.presets();
+    turn = {camera.isMirrored(), camera.isFlipped()};
+    on = camera.isOn();
     moving = camera.isMoving();
     if (!moving)
         frameTimer.stop();
@@ -139,15 +141,20 @@ void CameraView::paintEvent(QPaintEvent*)
     const QSize pixels = size() * devicePixelRatioF();
     if (picture.size() != pixels)
         picture = QImage(pixels, QImage::Format_RGB32);
-    scene.draw(picture, Projection(position, pixels));
+    if (on)
+        scene.draw(picture, Projection(position, pixels, turn));
+    else
+        picture.fill(Qt::black);
 
     QPainter painter(this);
     painter.drawImage(rect(), picture);
     painter.setRenderHint(QPainter::Antialiasing);
-    const Projection projection(position, size());
-    painter.setFont(smallFont);
-    paintScale(painter, projection);
-    paintPresetMarks(painter, projection);
+    if (on) {
+        const Projection projection(position, size(), turn);
+        painter.setFont(smallFont);
+        paintScale(painter, projection);
+        paintPresetMarks(painter, projection);
+    }
 
     const Texts shown = texts();
     paintPosition(painter, shown);

@@ -11,8 +11,9 @@
 #include <functional>
 
 /**
- * A window with the picture of a simulated camera: the scene as it sees it, over it the protocol and the
- * presets, and a map of where it points within its range.
+ * A window with the picture of a simulated camera: the scene as it sees it, mirrored or flipped if it is set
+ * so and dark in standby, over it the protocol and the presets, and a map of where it points within its
+ * range.
  *
  * While the camera moves it draws 60 pictures a second; while it stands still no timer runs and nothing is
  * drawn unless something arrives.
@@ -78,6 +79,8 @@ private:
     QImage picture;
     ViscaCamera::Position position;
     QMap<int, ViscaCamera::Position> presets;
+    Projection::Turn turn{};
+    bool on = true;
     bool moving = false;
     ViscaCamera::Event command{};
     ViscaCamera::Event reply{};

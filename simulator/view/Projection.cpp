@@ -66,9 +66,9 @@ QVector3D Projection::direction(double pan, double tilt)
                      static_cast<float>(std::cos(p) * std::cos(t)));
 }
 
-Projection::Projection(const ViscaCamera::Position& position, const QSizeF& size)
-    : right(direction(position.pan + 90, 0))
-    , up(direction(position.pan, position.tilt + 90))
+Projection::Projection(const ViscaCamera::Position& position, const QSizeF& size, const Turn& turn)
+    : right(direction(position.pan + 90, 0) * (turn.mirrored ? -1 : 1))
+    , up(direction(position.pan, position.tilt + 90) * (turn.flipped ? -1 : 1))
     , ahead(direction(position.pan, position.tilt))
     , focal(
           static_cast<float>(size.width() / 2 / std::tan(qDegreesToRadians(fieldOfView(position.zoom) / 2))))

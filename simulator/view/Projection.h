@@ -34,8 +34,15 @@ public:
     /** The unit vector that points to `pan` and `tilt`. */
     static QVector3D direction(double pan, double tilt);
 
+    /** Which sides of the picture are exchanged: left and right, up and down. */
+    struct Turn
+    {
+        bool mirrored;
+        bool flipped;
+    };
+
     /** A picture of `size` whose whole width is the field of view. */
-    Projection(const ViscaCamera::Position& position, const QSizeF& size);
+    Projection(const ViscaCamera::Position& position, const QSizeF& size, const Turn& turn = {});
 
     /** Where the direction appears, perhaps outside of the picture; nothing if it is beside or behind the
      * camera. */
