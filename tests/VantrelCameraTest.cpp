@@ -1,3 +1,4 @@
+#include "ViscaCamera.h"
 #include "support/CameraProgram.h"
 
 #include <QFileInfo>
@@ -62,6 +63,14 @@ private:
     QByteArray all;
 };
 
+QString textOf(const QString& path)
+{
+    QFile file(SOURCE_DIR "/" + path);
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+        qFatal("cannot read %s", qPrintable(path));
+    return QString::fromUtf8(file.readAll());
+}
+
 } // namespace
 
 class VantrelCameraTest : public QObject
@@ -96,6 +105,8 @@ private slots:
 
     void helpAndVersionAreTold_data();
     void helpAndVersionAreTold();
+    void theListOfFramesIsThatOfTheTables_data();
+    void theListOfFramesIsThatOfTheTables();
     void aBadOptionIsAClearErrorWithStatus2_data();
     void aBadOptionIsAClearErrorWithStatus2();
 };
@@ -408,6 +419,34 @@ void VantrelCameraTest::helpAndVersionAreTold()
     QVERIFY2(camera.lines().join('\n').contains(told), qPrintable(camera.lines().join('\n')));
 }
 
+void VantrelCameraTest::theListOfFramesIsThatOfTheTables_data()
+{
+    QTest::addColumn<QString>("text");
+
+    CameraProgram camera({"--help"});
+    QCOMPARE(camera.exitStatus(), 0);
+    QTest::newRow("help") << camera.lines().join('\n');
+    QTest::newRow("manual page") << textOf("packaging/linux/vantrel-camera.1.in");
+    QTest::newRow("architecture") << textOf("docs/architecture.md");
+}
+
+// Where it is not, the list that --help prints goes there.
+void VantrelCameraTest::theListOfFramesIsThatOfTheTables()
+{
+    QFETCH(QString, text);
+    static const QRegularExpression entry("^ *(\\S.*\\S) {2,}(8[8x](?: [0-9A-Za-z]{2})+)$",
+                                          QRegularExpression::MultilineOption);
+    QStringList listed;
+    for (auto matches = entry.globalMatch(text); matches.hasNext();) {
+        const QRegularExpressionMatch match = matches.next();
+        listed += QString("%1: %2").arg(match.captured(1), match.captured(2));
+    }
+    QStringList expected;
+    for (const ViscaCamera::KnownFrame& known : ViscaCamera::knownFrames())
+        expected += QString("%1: %2").arg(known.name, known.frame);
+    QCOMPARE(listed, expected);
+}
+
 void VantrelCameraTest::aBadOptionIsAClearErrorWithStatus2_data()
 {
     QTest::addColumn<QStringList>("options");
@@ -437,6 +476,10 @@ void VantrelCameraTest::aBadOptionIsAClearErrorWithStatus2_data()
     row("come back bad", {"--hang-up-after", "1", "--come-back-after", "x"},
         "--come-back-after takes seconds");
     row("come back alone", {"--come-back-after", "1"}, "--come-back-after needs --hang-up-after");
+    row("address 0", {"--address", "0"}, "--address takes a whole number from 1 to 7, not \"0\"");
+    row("address 8", {"--address", "8"}, "--address takes");
+    row("no preset", {"--presets", "0"}, "--presets takes a whole number from 1 to 255");
+    row("too many presets", {"--presets", "256"}, "--presets takes");
     row("link empty", {"--link="}, "--link takes a path");
     row("link nowhere", {"--link", "/no/such/folder/camera"}, "cannot make the link /no/such/folder/camera");
 }
