@@ -14,16 +14,17 @@ bool isNumber(char letter)
 
 std::optional<FrameNumbers> matchFrame(const QByteArray& frame, std::string_view pattern)
 {
-    const QByteArray digits = frame.toHex(' ').toUpper();
-    const std::string_view given(digits.constData(), static_cast<std::size_t>(digits.size()));
-    if (given.size() != pattern.size())
+    // Most patterns do not even have the length.
+    if (static_cast<std::size_t>(frame.size()) * 3 != pattern.size() + 1)
         return std::nullopt;
+    const QByteArray given = frame.toHex(' ').toUpper();
     FrameNumbers numbers;
-    for (std::size_t place = 0; place < pattern.size(); ++place) {
-        const char wanted = pattern[place];
+    for (int place = 0; place < given.size(); ++place) {
+        const char wanted = pattern[static_cast<std::size_t>(place)];
+        const char digit = given.at(place);
         if (isNumber(wanted))
-            numbers[wanted] = numbers[wanted] * 16 + static_cast<int>(digitsAndGap.find(given[place]));
-        else if (wanted != given[place] && wanted != anyDigit)
+            numbers[wanted] = numbers[wanted] * 16 + static_cast<int>(digitsAndGap.find(digit));
+        else if (wanted != digit && wanted != anyDigit)
             return std::nullopt;
     }
     return numbers;

@@ -422,15 +422,14 @@ void ViscaCamera::recallPreset(int preset)
 
 std::optional<ViscaCamera::Instruction> ViscaCamera::decodeRegister(const QByteArray& frame)
 {
-    const auto match = [&frame](const char* form) {
-        return matchFrame(frame, Registers::frame(form).constData());
-    };
+    // The table's forms have neither header nor FF.
+    const QByteArray form = frame.mid(1, frame.size() - 2);
     for (const Registers::Line& line : Registers::table()) {
-        if (const auto numbers = match(line.sets))
+        if (const auto numbers = matchFrame(form, line.sets))
             return decodeRegisterValue(line, *numbers);
-        if (const auto numbers = match(line.steps))
+        if (const auto numbers = matchFrame(form, line.steps))
             return decodeRegisterStep(line, *numbers);
-        if (match(line.inquiry))
+        if (matchFrame(form, line.inquiry))
             return Instruction{QString("%1 inquiry").arg(line.name), [this, &line] { answerRegister(line); }};
     }
     return std::nullopt;

@@ -1,0 +1,168 @@
+// Feeds the simulated camera with any bytes in any chunks at any times, and compares what it takes for frames
+// with what a second, plain reader makes of the same bytes. Each frame for the camera is answered, nothing
+// else is, and when it is left alone it falls silent.
+//
+// An input is the byte stream from its front and, from its end, how the camera starts, and for each chunk its
+// size, how often it comes, and the pause after it; the last chunk takes what is left.
+
+#include "ViscaCamera.h"
+
+#include <fuzzer/FuzzedDataProvider.h>
+
+#include <cmath>
+
+namespace {
+
+using Event = ViscaCamera::Event;
+using Time = ViscaCamera::Time;
+
+constexpr char FrameEnd = '\xFF';
+constexpr int LongestFrame = 16;
+constexpr Time FrameTimeout{1000};
+// Two for a command, and one more for the first after standby.
+constexpr int MostRepliesToAFrame = 3;
+// What is still to come when nothing more arrives: the queue, and two journeys.
+constexpr int MostRepliesAtTheEnd = 64 * MostRepliesToAFrame + 2;
+
+constexpr std::size_t LargestChunk = 64;
+constexpr int MostChunks = 8;
+constexpr int MostRepeats = 20;
+constexpr int LongestPauseMs = 3000;
+
+// What a camera does with bytes, without its speed and its bounds.
+class PlainReader
+{
+public:
+    explicit PlainReader(int address)
+        : address(address)
+    {
+    }
+
+    // Takes a chunk; `pieces` is what is complete with it, `frames` how many frames an answer is due to.
+    void take(const QByteArray& chunk, Time now)
+    {
+        pieces.clear();
+        frames = 0;
+        if (!frame.isEmpty() && now - lastByteAt >= FrameTimeout)
+            finish(frame);
+        for (const char byte : chunk) {
+            QByteArray& current = frame.isEmpty() && (byte & 0xF0) != 0x80 ? noise : frame;
+            if (&current == &frame)
+                finish(noise);
+            current.append(byte);
+            if (&current == &frame && byte == FrameEnd) {
+                frames += isForIt();
+                finish(frame);
+            }
+        }
+        finish(noise);
+        lastByteAt = now;
+    }
+
+    int address;
+    QList<QByteArray> pieces;
+    int frames = 0;
+
+private:
+    void finish(QByteArray& bytes)
+    {
+        if (!bytes.isEmpty())
+            pieces.append(&bytes == &frame ? bytes.left(LongestFrame + 1) : bytes);
+        bytes.clear();
+    }
+
+    bool isForIt()
+    {
+        const int receiver = frame.at(0) & 0xF;
+        if (frame.size() == 4 && frame.startsWith("\x88\x30") && frame.at(2) >= 1 && frame.at(2) <= 7) {
+            address = frame.at(2);
+            return true;
+        }
+        return receiver == address || frame == QByteArray("\x88\x01\x00\x01\xFF", 5);
+    }
+
+    QByteArray frame;
+    QByteArray noise;
+    Time lastByteAt{0};
+};
+
+// Checks what happened in the camera; returns the number of replies and adds what arrived to `pieces`.
+int look(const std::vector<Event>& events, QList<QByteArray>& pieces)
+{
+    int replies = 0;
+    for (const Event& event : events) {
+        if (event.words.isEmpty())
+            qFatal("something without words: %s", event.bytes.toHex(' ').constData());
+        if (event.kind != Event::Kind::Reply) {
+            pieces.append(event.bytes);
+            continue;
+        }
+        ++replies;
+        if (event.bytes.size() < 3 || event.bytes.size() > LongestFrame || !event.bytes.endsWith(FrameEnd) ||
+            event.bytes.indexOf(FrameEnd) != event.bytes.size() - 1)
+            qFatal("no reply: %s", event.bytes.toHex(' ').constData());
+    }
+    return replies;
+}
+
+void checkPosition(const ViscaCamera& camera)
+{
+    const auto here = camera.position();
+    const bool isPossible = std::abs(here.pan) <= Mechanics::panLimit &&
+                            here.tilt >= Mechanics::tiltLowLimit && here.tilt <= Mechanics::tiltHighLimit &&
+                            here.zoom >= 0 && here.zoom <= Mechanics::zoomTele;
+    if (!isPossible)
+        qFatal("the camera is at %f, %f, %f", here.pan, here.tilt, here.zoom);
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    FuzzedDataProvider input(data, size);
+    ViscaCamera::Options options(input.ConsumeBool() ? ViscaCamera::BusyRules::Strict
+                                                     : ViscaCamera::BusyRules::Lenient);
+    options.standby = input.ConsumeBool();
+    options.address = input.ConsumeIntegralInRange(1, 7);
+    options.presets = input.ConsumeIntegralInRange(1, 255);
+    ViscaCamera camera(options);
+    PlainReader model(options.address);
+    Time now{0};
+    int frames = 0;
+    int replies = 0;
+
+    for (int chunks = 1; input.remaining_bytes() > 0; ++chunks) {
+        const bool isLast = chunks == MostChunks;
+        const auto chunkSize = input.ConsumeIntegralInRange<std::size_t>(1, LargestChunk);
+        const int repeats = input.ConsumeIntegralInRange(1, MostRepeats);
+        const Time pause(input.ConsumeIntegralInRange(0, LongestPauseMs));
+        const QByteArray chunk = QByteArray::fromStdString(
+                                     input.ConsumeBytesAsString(isLast ? input.remaining_bytes() : chunkSize))
+                                     .repeated(repeats);
+
+        QList<QByteArray> pieces;
+        replies += look(camera.advance(now), pieces);
+        if (replies > MostRepliesToAFrame * frames)
+            qFatal("%d replies to %d frames", replies, frames);
+        replies += look(camera.receive(chunk, now), pieces);
+        if (!chunk.isEmpty())
+            model.take(chunk, now);
+        if (!chunk.isEmpty() && pieces != model.pieces)
+            qFatal("the camera took %s for something else", chunk.toHex(' ').constData());
+        frames += chunk.isEmpty() ? 0 : model.frames;
+        checkPosition(camera);
+        now += pause;
+    }
+
+    QList<QByteArray> pieces;
+    int repliesAtTheEnd = 0;
+    while (const auto due = camera.nextDue())
+        repliesAtTheEnd += look(camera.advance(*due), pieces);
+    replies += repliesAtTheEnd;
+    if (!pieces.isEmpty() || repliesAtTheEnd > MostRepliesAtTheEnd)
+        qFatal("at the end there were %d more replies", repliesAtTheEnd);
+    if (replies < frames || replies > MostRepliesToAFrame * frames)
+        qFatal("%d replies to %d frames", replies, frames);
+    checkPosition(camera);
+    return 0;
+}
