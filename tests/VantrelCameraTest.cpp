@@ -103,6 +103,9 @@ private slots:
     void hangsUpAndComesBackAtTheSameLink();
     void theCameraKeepsItsPositionWhileUnplugged();
 
+    void endsWhenItCannotComeBack();
+    void answersTheSameWithAView();
+
     void helpAndVersionAreTold_data();
     void helpAndVersionAreTold();
     void theListOfFramesIsThatOfTheTables_data();
@@ -395,6 +398,27 @@ void VantrelCameraTest::theCameraKeepsItsPositionWhileUnplugged()
     controller.send("81 09 06 12 ff");
     // It drove for the time of one video frame, 17 ms: three steps up.
     QTRY_COMPARE(controller.received(), QByteArray("90 50 00 00 00 00 00 00 00 03 ff"));
+}
+
+void VantrelCameraTest::endsWhenItCannotComeBack()
+{
+    const QTemporaryDir folder;
+    const QString link = folder.filePath("camera");
+    CameraProgram camera({"--link", link, "--hang-up-after", "0.2", "--come-back-after", "0.5"});
+    QTRY_VERIFY(camera.lines().contains("Hung up"));
+    QVERIFY(QDir(folder.path()).mkdir("camera"));
+    QCOMPARE(camera.exitStatus(), 1);
+    QCOMPARE(QString::fromLocal8Bit(camera.process.readAllStandardError()),
+             QString("vantrel-camera: %1 exists and is not a link\n").arg(link));
+}
+
+void VantrelCameraTest::answersTheSameWithAView()
+{
+    CameraProgram camera({"--view"});
+    Controller controller(camera.path());
+    controller.send(driveUp);
+    QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
+    QTRY_COMPARE(camera.lines().mid(1), QStringList({driveUpLine, ackLine, completionLine}));
 }
 
 void VantrelCameraTest::helpAndVersionAreTold_data()
