@@ -90,7 +90,8 @@ CommandLine::Replay readReplay(const QCommandLineParser& parser)
     const QStringList ports = parser.positionalArguments();
     if (ports.size() != 1)
         fail("--replay takes one port, such as /dev/ttyUSB0", exitUsage);
-    for (const QString& option : parser.optionNames()) {
+    const QStringList options = parser.optionNames();
+    for (const QString& option : options) {
         if (option != "replay" && option != "baud")
             fail(QString("--%1 is for the simulated camera, which --replay does without").arg(option),
                  exitUsage);

@@ -22,6 +22,11 @@ constexpr int atTiltHighLimit = 0x10;
 constexpr int atPanHighLimit = 0x02;
 constexpr int atPanLowLimit = 0x01;
 
+double velocity(Mechanics::Way way, double speed)
+{
+    return static_cast<int>(way) * speed;
+}
+
 double panSpeed(int code)
 {
     return std::min(std::max(code, Mechanics::slowestCode) * panSpeedPerCode, fastestPan);
@@ -81,18 +86,18 @@ bool Mechanics::isDriven() const
 
 void Mechanics::drive(Way panWay, int panCode, Way tiltWay, int tiltCode, Time now)
 {
-    panAxis.run(panWay * panSpeed(panCode), now);
-    tiltAxis.run(tiltWay * tiltSpeed(tiltCode), now);
+    panAxis.run(velocity(panWay, panSpeed(panCode)), now);
+    tiltAxis.run(velocity(tiltWay, tiltSpeed(tiltCode)), now);
 }
 
 void Mechanics::driveZoom(Way way, int code, Time now)
 {
-    zoomAxis.run(way * zoomSpeed(code), now);
+    zoomAxis.run(velocity(way, zoomSpeed(code)), now);
 }
 
 void Mechanics::driveFocus(Way way, int code, Time now)
 {
-    focusAxis.run(way * focusSpeed(code), now);
+    focusAxis.run(velocity(way, focusSpeed(code)), now);
 }
 
 void Mechanics::goTo(double pan, double tilt, Time now)

@@ -14,7 +14,8 @@ constexpr int parametersAt = 9;
 std::vector<int> valuesIn(const char* range)
 {
     std::vector<int> values;
-    for (const QString& span : QString(range).split(' ')) {
+    const QStringList spans = QString(range).split(' ');
+    for (const QString& span : spans) {
         const QStringList ends = span.split('-');
         const int last = ends.constLast().toInt(nullptr, 16);
         for (int value = ends.constFirst().toInt(nullptr, 16); value <= last; ++value)

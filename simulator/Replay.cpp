@@ -31,9 +31,9 @@ int widestAnswer(const Dialogue& dialogue)
 
 } // namespace
 
-Replay::Replay(const Dialogue& toHold)
-    : dialogue(toHold)
-    , width(widestAnswer(toHold))
+Replay::Replay(const Dialogue& dialogueToHold)
+    : dialogue(dialogueToHold)
+    , width(widestAnswer(dialogueToHold))
 {
     wakeTimer.setSingleShot(true);
     wakeTimer.setTimerType(Qt::PreciseTimer);
@@ -124,7 +124,7 @@ void Replay::send(const Dialogue::Step& step)
 QByteArray Replay::takeAnswer()
 {
     const auto size = received.indexOf(terminator) + 1;
-    const QByteArray answer = received.left(size);
+    QByteArray answer = received.left(size);
     received.remove(0, size);
     return answer;
 }

@@ -16,7 +16,7 @@ class Replay : public QObject
     Q_OBJECT
 
 public:
-    explicit Replay(const Dialogue& dialogue);
+    explicit Replay(const Dialogue& dialogueToHold);
 
     /**
      * Opens the port (a name or a path; 8 data bits, no parity, one stop bit, no flow control) and begins.

@@ -35,9 +35,9 @@
  *  - Home moves pan and tilt only; recalling a preset moves the zoom too. Both go at full speed, as does the
  * lens to a position. A position beyond what the mechanics can do is a syntax error; within that the limits
  * that were set are as far as the camera goes. A reset goes home.
- *  - In standby it refuses each command but power. What keeps the line in order is answered all the same:
- * inquiries, address set, interface clear and cancel. Switched on, it stands where
- * it stood, and its registers are as after power-on.
+ *  - In standby it refuses each command but power. Inquiries are answered, and so is what keeps the line in
+ * order: address set, interface clear and cancel. Switched on, it stands where it stood, and its registers
+ * are as after power-on.
  *  - Interface clear empties the sockets without a word and stops a Home or recall; a drive goes on.
  *
  * Any byte stream is survived with bounded memory.
@@ -61,6 +61,7 @@ public:
     /** How a camera is when it is plugged in. */
     struct Options
     {
+        /** Most cameras differ in nothing else, so the rules alone will do where options are wanted. */
         Options(BusyRules busyRules)
             : rules(busyRules)
         {

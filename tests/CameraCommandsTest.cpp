@@ -649,7 +649,7 @@ void CameraCommandsTest::theTableOfRegistersIsSound()
 {
     QFETCH(int, index);
     const Registers::Line& line = registerAt(index);
-    const QRegularExpression form("^(0[19]( [0-9A-F]{2}){2}( 0[0-9A-Fps]| pp| 10){0,4})?$");
+    static const QRegularExpression form("^(0[19]( [0-9A-F]{2}){2}( 0[0-9A-Fps]| pp| 10){0,4})?$");
     for (const char* const text : {line.sets, line.steps, line.inquiry})
         QVERIFY2(form.match(text).hasMatch(), text);
     const bool takesValue = QByteArray(line.sets).contains('p');

@@ -63,7 +63,8 @@ public:
 // A line of the report without the times.
 QString withoutTime(const QString& line)
 {
-    return QString(line).remove(QRegularExpression(" +\\d+ ms")).simplified();
+    static const QRegularExpression time(" +\\d+ ms");
+    return QString(line).remove(time).simplified();
 }
 
 QStringList withoutTimes(const QStringList& lines)
@@ -134,7 +135,7 @@ void CameraReplayTest::theReportTellsWhenEachAnswerCame()
                                           "< 90 51 FF  within 3 s\n",
                                           {"--late", "400"});
     QCOMPARE(outcome.status, 0);
-    const QRegularExpression time(" (\\d+) ms$");
+    static const QRegularExpression time(" (\\d+) ms$");
     const int acknowledged = time.match(outcome.lines.value(2)).captured(1).toInt();
     const int completed = time.match(outcome.lines.value(3)).captured(1).toInt();
     QVERIFY2(acknowledged >= 400, qPrintable(outcome.lines.join('\n')));

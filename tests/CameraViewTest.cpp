@@ -449,28 +449,28 @@ void CameraViewTest::mirrorAndFlipTurnTheView()
     desk.now += untilAction + 4s;
     const QImage usual = desk.pictureAtRest();
     const ViscaCamera::Position here = desk.camera.position();
-    const auto home = Projection(here, pictureSize).pointAt(0, 0);
-    QVERIFY(home && home->x() < 400 && home->y() > 225);
-    QVERIFY(hasMarkAt(usual, *home));
+    const auto homePoint = Projection(here, pictureSize).pointAt(0, 0);
+    QVERIFY(homePoint && homePoint->x() < 400 && homePoint->y() > 225);
+    QVERIFY(hasMarkAt(usual, *homePoint));
 
     desk.carryOut(mirrorOn);
-    const QPointF mirrored(800 - home->x(), home->y());
+    const QPointF mirrored(800 - homePoint->x(), homePoint->y());
     QVERIFY(hasMarkAt(desk.pictureAtRest(), mirrored));
-    QVERIFY(!hasMarkAt(desk.pictureAtRest(), *home));
+    QVERIFY(!hasMarkAt(desk.pictureAtRest(), *homePoint));
 
     desk.carryOut(flipOn);
-    QVERIFY(hasMarkAt(desk.pictureAtRest(), QPointF(mirrored.x(), 450 - home->y())));
+    QVERIFY(hasMarkAt(desk.pictureAtRest(), QPointF(mirrored.x(), 450 - homePoint->y())));
     desk.carryOut(mirrorOff);
-    QVERIFY(hasMarkAt(desk.pictureAtRest(), QPointF(home->x(), 450 - home->y())));
+    QVERIFY(hasMarkAt(desk.pictureAtRest(), QPointF(homePoint->x(), 450 - homePoint->y())));
 }
 
 void CameraViewTest::theViewIsDarkInStandby()
 {
     Desk desk;
     desk.carryOut(store1);
-    const QPointF home(400, 225);
+    const QPointF homePoint(400, 225);
     const QImage bright = desk.pictureAtRest();
-    QVERIFY(hasMarkAt(bright, home));
+    QVERIFY(hasMarkAt(bright, homePoint));
 
     desk.carryOut(powerOff);
     const QImage dark = desk.pictureAtRest();

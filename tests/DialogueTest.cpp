@@ -42,7 +42,8 @@ bool sends(const Dialogue& dialogue, const QByteArray& pattern)
     for (const Dialogue::Step& step : dialogue.steps) {
         if (step.kind != Dialogue::Step::Kind::Send)
             continue;
-        for (const QByteArray& frame : QByteArray::fromHex(step.bytes).split('\xFF')) {
+        const QList<QByteArray> frames = QByteArray::fromHex(step.bytes).split('\xFF');
+        for (const QByteArray& frame : frames) {
             if (matchFrame(frame + '\xFF', pattern.constData()))
                 return true;
         }
@@ -70,8 +71,8 @@ private:
 
 void DialogueTest::initTestCase()
 {
-    const QDir folder(SOURCE_DIR "/tests/dialogues");
-    for (const QFileInfo& file : folder.entryInfoList({"*.txt"})) {
+    const QFileInfoList files = QDir(SOURCE_DIR "/tests/dialogues").entryInfoList({"*.txt"});
+    for (const QFileInfo& file : files) {
         Dialogue& dialogue = dialogues[file.completeBaseName()];
         QCOMPARE(dialogue.read(file.filePath()), QString());
         rehearsals[file.completeBaseName()] = std::make_unique<Rehearsal>(dialogue);

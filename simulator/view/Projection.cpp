@@ -67,8 +67,8 @@ QVector3D Projection::direction(double pan, double tilt)
 }
 
 Projection::Projection(const ViscaCamera::Position& position, const QSizeF& size, const Turn& turn)
-    : right(direction(position.pan + 90, 0) * (turn.mirrored ? -1 : 1))
-    , up(direction(position.pan, position.tilt + 90) * (turn.flipped ? -1 : 1))
+    : right(direction(position.pan + 90, 0) * (turn.mirrored ? -1.0F : 1.0F))
+    , up(direction(position.pan, position.tilt + 90) * (turn.flipped ? -1.0F : 1.0F))
     , ahead(direction(position.pan, position.tilt))
     , focal(
           static_cast<float>(size.width() / 2 / std::tan(qDegreesToRadians(fieldOfView(position.zoom) / 2))))
