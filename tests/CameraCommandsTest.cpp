@@ -50,7 +50,7 @@ ViscaCamera::Options standby()
 // How a manual writes the number in the place of each p, with as many digits.
 QByteArray withValue(QByteArray form, int value)
 {
-    for (int at = form.lastIndexOf('p'); at >= 0; at = form.lastIndexOf('p')) {
+    for (auto at = form.lastIndexOf('p'); at >= 0; at = form.lastIndexOf('p')) {
         form[at] = "0123456789abcdef"[value % 16];
         value /= 16;
     }
@@ -680,7 +680,7 @@ void CameraCommandsTest::everyRegisterKeepsItsValues()
     QCOMPARE(desk.send(commandOf(line.inquiry)), valueTold(line, line.afterPowerOn));
 
     int told = line.afterPowerOn;
-    const int digits = QByteArray(line.sets).count('p');
+    const auto digits = QByteArray(line.sets).count('p');
     for (int value = 0; value < 1 << 4 * digits; ++value) {
         const bool valid = Registers::hasValue(line, value);
         QCOMPARE(desk.send(withValue(commandOf(line.sets), value)),
