@@ -7,8 +7,8 @@ namespace {
 
 using Time = Dialogue::Time;
 
-// Longer than cameras in good order think about an answer.
-constexpr Time usualPatience{1000};
+// Some cameras in the field acknowledge a recall as late as that.
+constexpr Time usualPatience{3000};
 
 // The time after `word` in " after 300 ms within 2 s"; `otherwise` where there is none.
 Time timeAfter(const QString& word, const QString& times, Time otherwise)

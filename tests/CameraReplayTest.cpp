@@ -120,7 +120,10 @@ void CameraReplayTest::anEqualCameraEndsWithStatus0()
 
 void CameraReplayTest::aCameraThatDiffersEndsWithStatus1()
 {
-    const Outcome outcome = Desk().replay(homeAnswered, {"--standby"});
+    const Outcome outcome = Desk().replay("> 81 01 06 04 FF\n"
+                                          "< 90 41 FF\n"
+                                          "< 90 51 FF within 200 ms\n",
+                                          {"--standby"});
     QCOMPARE(withoutTimes(outcome.lines),
              QStringList({"expected received", "> 81 01 06 04 FF", "< 90 41 FF 90 61 41 FF differs",
                           "< 90 51 FF nothing differs", "differences: 2"}));
@@ -131,8 +134,8 @@ void CameraReplayTest::aCameraThatDiffersEndsWithStatus1()
 void CameraReplayTest::theReportTellsWhenEachAnswerCame()
 {
     const Outcome outcome = Desk().replay("> 81 01 06 04 FF\n"
-                                          "< 90 41 FF  within 3 s\n"
-                                          "< 90 51 FF  within 3 s\n",
+                                          "< 90 41 FF\n"
+                                          "< 90 51 FF\n",
                                           {"--late", "400"});
     QCOMPARE(outcome.status, 0);
     static const QRegularExpression time(" (\\d+) ms$");

@@ -77,6 +77,7 @@ private slots:
 
     void lenientDriveEndsHome();
     void lenientStopEndsRecall();
+    void lenientDriveEndsARecallWithItsZoom();
     void lenientRecallEndsHome();
     void lenientRecallEndsARecall();
     void lenientHomeEndsADrive();
@@ -503,6 +504,19 @@ void ViscaCameraTest::lenientStopEndsRecall()
     QVERIFY(stopped > 0);
     QVERIFY(desk.wait(2s).isEmpty());
     QCOMPARE(desk.camera.position().pan, stopped);
+}
+
+void ViscaCameraTest::lenientDriveEndsARecallWithItsZoom()
+{
+    CameraDesk desk;
+    desk.send(store5);
+    desk.send(zoomTele, 10s);
+    QCOMPARE(desk.send(recall5, 1s), QStringList("25: 90 41 ff"));
+    QCOMPARE(desk.send(driveUp), QStringList({"25: 90 42 ff", "25: 90 51 ff", "36: 90 52 ff"}));
+    const double stopped = desk.camera.position().zoom;
+    QVERIFY(stopped > 0);
+    QVERIFY(desk.wait(3s).isEmpty());
+    QCOMPARE(desk.camera.position().zoom, stopped);
 }
 
 void ViscaCameraTest::lenientRecallEndsHome()

@@ -43,7 +43,7 @@ public:
     QString path(int count = 1)
     {
         const QString mark("Camera at ");
-        static_cast<void>(QTest::qWaitFor([&] { return lines(mark).size() >= count; }));
+        static_cast<void>(QTest::qWaitFor([&] { return lines(mark).size() >= count; }, patienceMs));
         return lines(mark).value(count - 1).mid(mark.size());
     }
 
@@ -58,5 +58,8 @@ public:
     QProcess process;
 
 private:
+    // Many may be started at once, on a busy machine.
+    static constexpr int patienceMs = 30000;
+
     QString output;
 };
