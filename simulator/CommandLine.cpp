@@ -28,6 +28,7 @@ const char* const description =
     "  -> 90 41 FF  ...        the camera's reply and what it means\n"
     "  >> 90 41                bytes put on the line, when faults are asked for\n"
     "  Hung up                 the line is gone\n"
+    "  Window closed           the camera of --view ends\n"
     "\n"
     "With --replay it is the controller instead, and the camera is at PORT: it sends the frames of a\n"
     "dialogue, prints each expected answer beside the one received, and ends with status 1 on a difference.";

@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QCoreApplication>
+#include <QIcon>
 #include <QTextStream>
 
 #include <algorithm>
@@ -35,6 +36,7 @@ std::unique_ptr<QCoreApplication> makeApplication(int& argc, char** argv, bool w
     const QtMessageHandler usual = qInstallMessageHandler(failWithoutDisplay);
     auto application = std::make_unique<QApplication>(argc, argv);
     qInstallMessageHandler(usual);
+    QGuiApplication::setWindowIcon(QIcon(":/icon/128"));
     return application;
 }
 
@@ -86,8 +88,11 @@ int main(int argc, char* argv[])
     const QString failure = camera.plugIn();
     if (!failure.isEmpty())
         fail(failure, exitUsage);
-    if (view)
+    if (view) {
+        QObject::connect(qGuiApp, &QGuiApplication::lastWindowClosed, qGuiApp,
+                         [] { printLine("Window closed"); });
         view->show();
+    }
 
     QTimer comeBack;
     comeBack.setSingleShot(true);
