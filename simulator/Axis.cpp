@@ -48,8 +48,6 @@ void Axis::abandonTarget(Time now)
 
 Axis::Time Axis::arrival() const
 {
-    if (!hasTarget)
-        return Time::zero();
     const std::chrono::duration<double> journey((until - from) / velocity);
     return since + std::chrono::ceil<Time>(journey);
 }

@@ -37,7 +37,7 @@ public:
     /** Stops a goTo() under way; leaves an axis alone that runs without a target. */
     void abandonTarget(Time now);
 
-    /** When the last goTo() reaches its target; time 0 for an axis that has no target. */
+    /** When the last goTo(), which nothing has ended, reaches its target. */
     Time arrival() const;
 
     double lowLimit() const { return low; }

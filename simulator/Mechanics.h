@@ -101,7 +101,7 @@ public:
     /** Stops everything. */
     void stop(Time now);
 
-    /** When `parts` reach their targets; time 0 for what has none. */
+    /** When `parts`, all on their way to a target, have reached it; time 0 for no part. */
     Time arrival(Parts parts) const;
 
     /** Whether a limit there leaves anything between it and the opposite corner. */
