@@ -1,3 +1,4 @@
+#include "app/AppQuitSignals.h"
 #include "support/Desk.h"
 
 #include <QAbstractButton>
@@ -12,6 +13,7 @@
 #include <algorithm>
 #include <csignal>
 #include <fcntl.h>
+#include <sys/resource.h>
 
 // The process entry under another name, so that a test can run it and see what it returns.
 #define main vantrelMain
@@ -125,6 +127,7 @@ private slots:
     void aSignalThatWasIgnoredStaysIgnored();
     void aSignalCutsNoSystemCallShort();
     void signalsHaveTheirDefaultMeaningAfterTheExit();
+    void signalsKeepTheirMeaningWhereNoPipeIsLeft();
 
     void argumentsGoToQtWhichTakesItsOwn();
     void argumentsStayValidForTheWholeRun();
@@ -299,6 +302,29 @@ void ApplicationTest::signalsHaveTheirDefaultMeaningAfterTheExit()
 
     for (const int number : QuitSignals)
         QVERIFY(actionOn(number).sa_handler == SIG_DFL);
+}
+
+void ApplicationTest::signalsKeepTheirMeaningWhereNoPipeIsLeft()
+{
+    const auto handlers = [] {
+        QVector<void (*)(int)> all;
+        for (const int number : QuitSignals)
+            all.append(actionOn(number).sa_handler);
+        return all;
+    };
+    const auto before = handlers();
+    const QSet<int> open = openDescriptors();
+    rlimit descriptors{};
+    getrlimit(RLIMIT_NOFILE, &descriptors);
+    const rlimit none{0, descriptors.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    {
+        const AppQuitSignals quitSignals(nullptr);
+        setrlimit(RLIMIT_NOFILE, &descriptors);
+
+        QCOMPARE(handlers(), before);
+    }
+    QCOMPARE(openDescriptors(), open);
 }
 
 void ApplicationTest::argumentsGoToQtWhichTakesItsOwn()
@@ -483,6 +509,10 @@ void ApplicationTest::programStartsAgainAfterItsExit()
 void ApplicationTest::theExitClosesWhatTheProgramOpened()
 {
     AccountWithCamera account;
+    // What Qt opens at the first start of a process it keeps.
+    {
+        const Program first;
+    }
     const QSet<int> before = openDescriptors();
     {
         const Program program;

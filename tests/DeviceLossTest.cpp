@@ -341,6 +341,8 @@ void DeviceLossTest::reconnectingToAMissingAdapterIsReported()
     desk.camera.pull();
     QTRY_COMPARE(desk.user.boxes().size(), 1);
     QTRY_COMPARE(desk.find<QPushButton>("connectBtn")->text(), "Connect");
+    // Another process may have been given the number of the line that is gone.
+    desk.settings()->setCOMPort(desk.profile.folder() + "/adapter");
     const LinkSignals heard(desk.link());
 
     desk.find<QPushButton>("connectBtn")->click();

@@ -292,6 +292,8 @@ void LoginItemTest::enablingWritesTheStartEntryOfTheDesktop()
     QVERIFY(lines.contains("Name=Vantrel"));
     QVERIFY(lines.contains("Exec=\"" + QCoreApplication::applicationFilePath() + '"'));
     QCOMPARE(lines.last(), "");
+    QCOMPARE(QFileInfo(startEntryPath()).dir().entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+             QStringList("Vantrel.desktop"));
 }
 
 void LoginItemTest::startEntryNamesTheExecutableWhateverItsPath()
@@ -300,10 +302,10 @@ void LoginItemTest::startEntryNamesTheExecutableWhateverItsPath()
     const QTemporaryDir home;
     const QString folder = QDir(home.path()).canonicalPath();
 
-    runInstalledAs(folder + "/a b/\"q\" $v `c` \\s 100%/Vantrel", EnableMode);
+    runInstalledAs(folder + "/a b/\"q\" $v `c` \\s 100%\n\t\r/Vantrel", EnableMode);
 
-    QVERIFY(startEntry().contains("\nExec=\"" + folder +
-                                  "/a b/\\\\\"q\\\\\" \\\\$v \\\\`c\\\\` \\\\\\\\s 100%%/Vantrel\"\n"));
+    QVERIFY(startEntry().contains(
+        "\nExec=\"" + folder + "/a b/\\\\\"q\\\\\" \\\\$v \\\\`c\\\\` \\\\\\\\s 100%%\\n\\t\\r/Vantrel\"\n"));
 }
 
 void LoginItemTest::disablingRemovesTheStartEntry()

@@ -116,49 +116,25 @@ void aStoredPreset(Desk& desk)
 
 } // namespace
 
-using Situation = void (*)(Desk&);
-Q_DECLARE_METATYPE(Situation)
-
 /** Every message that a user can meet stands in the README, and the README has no other. */
 class MessagesTest : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void theReadmeExplainsWhatIsShown_data();
-    void theReadmeExplainsWhatIsShown();
-    void theReadmeExplainsNothingElse();
-
-private:
-    QStringList shown;
+    void theReadmeExplainsEveryMessageAndNoOther();
 };
 
-void MessagesTest::theReadmeExplainsWhatIsShown_data()
+void MessagesTest::theReadmeExplainsEveryMessageAndNoOther()
 {
-    QTest::addColumn<Situation>("situation");
-    QTest::newRow("missing port") << Situation(aMissingPort);
-    QTest::newRow("refused") << Situation(aPortThatOthersMayNotOpen);
-    QTest::newRow("locked") << Situation(aPortThatASecondControllerHolds);
-    QTest::newRow("claimed") << Situation(aPortThatAnotherProgramHasClaimed);
-    QTest::newRow("pulled") << Situation(aPulledAdapter);
-    QTest::newRow("number out of range") << Situation(aNumberThatIsNoPreset);
-    QTest::newRow("preset stored") << Situation(aStoredPreset);
-}
-
-void MessagesTest::theReadmeExplainsWhatIsShown()
-{
-    QFETCH(Situation, situation);
-    Desk desk;
-
-    situation(desk);
-
-    QCOMPARE(desk.user.texts().size(), 1);
-    shown += desk.user.texts();
-    QVERIFY2(documentedMessages().contains(shown.constLast()), qPrintable(shown.constLast()));
-}
-
-void MessagesTest::theReadmeExplainsNothingElse()
-{
+    QStringList shown;
+    for (const auto situation :
+         {aMissingPort, aPortThatOthersMayNotOpen, aPortThatASecondControllerHolds,
+          aPortThatAnotherProgramHasClaimed, aPulledAdapter, aNumberThatIsNoPreset, aStoredPreset}) {
+        Desk desk;
+        situation(desk);
+        shown += desk.user.texts();
+    }
     QCOMPARE(shown, documentedMessages());
 }
 

@@ -73,6 +73,7 @@ private slots:
     void anyOtherErrorIsShownAndLeavesTheLinkOpen();
     void anyOtherErrorOnAClosedLinkLeavesItClosed();
     void resourceErrorOnAClosedLinkIsADisconnection();
+    void resourceErrorBeforeTheFirstOpeningIsADisconnection();
     void noErrorIsNoError();
     void errorIsSignalledAfterItsBoxIsDismissed();
     void errorsAreNotLogged();
@@ -522,6 +523,18 @@ void SerialConnectionTest::resourceErrorOnAClosedLinkIsADisconnection()
     const LinkSignals heard(desk.link());
 
     emit portOf(desk.link())->errorOccurred(QSerialPort::ResourceError);
+
+    QCOMPARE(heard.names(), "onDeviceDisconnected");
+    QCOMPARE(desk.user.boxes().size(), 1);
+}
+
+void SerialConnectionTest::resourceErrorBeforeTheFirstOpeningIsADisconnection()
+{
+    const Desk desk;
+    const AppVantrelSerial link;
+    const LinkSignals heard(&link);
+
+    emit portOf(&link)->errorOccurred(QSerialPort::ResourceError);
 
     QCOMPARE(heard.names(), "onDeviceDisconnected");
     QCOMPARE(desk.user.boxes().size(), 1);

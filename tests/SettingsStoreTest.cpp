@@ -3,6 +3,7 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
+#include <QLockFile>
 #include <QStandardPaths>
 #include <QtTest>
 
@@ -98,6 +99,7 @@ private slots:
     void valueCountsAtOnceAndReachesTheFileLater();
     void valueReachesTheFileAtTheExit();
     void lockOfAKilledProgramHoldsNothingUp();
+    void lockOfARunningProgramIsLeftAlone();
     void settingsSurviveARestart();
     void oneSettingLeavesTheOthersAlone();
 
@@ -253,6 +255,20 @@ void SettingsStoreTest::lockOfAKilledProgramHoldsNothingUp()
     QCOMPARE(contentOf(store.profile.settingsFile()), "[General]\nbaudrate=19200\n");
     // QSettings would wait 30 seconds.
     QVERIFY(elapsed.elapsed() < 10000);
+}
+
+void SettingsStoreTest::lockOfARunningProgramIsLeftAlone()
+{
+    StoreAlone store;
+    store.store.reset();
+    store.profile.createFolder();
+    const QString lockFile = store.profile.settingsFile() + ".lock";
+    QLockFile lock(lockFile);
+    QVERIFY(lock.lock());
+
+    store.store.emplace();
+
+    QVERIFY(QFile::exists(lockFile));
 }
 
 void SettingsStoreTest::settingsSurviveARestart()

@@ -31,11 +31,11 @@ AppSettingWin::AppSettingWin(QWidget* parent)
     , isLoading(true)
     , ui(new Ui_AppSettingWin)
 {
+    AppAccessibleCheckBox::install();
     ui->setupUi(this);
     adjustSize();
     setWindowFlags(Qt::Dialog | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
 
-    AppAccessibleCheckBox::install();
     focusRing = new AppFocusRing(this);
     // Nothing acts on a key before the user has chosen it.
     setFocus();
