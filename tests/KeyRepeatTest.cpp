@@ -73,6 +73,30 @@ private slots:
         QCOMPARE(desk.profile.log(), released);
     }
 
+    void aHeldArrowKeyMovesTheFocusOnAndOn()
+    {
+        Desk desk;
+        QWidget* button = desk.find<QPushButton>("leftBtn");
+        button->setFocus();
+        QApplication::setActiveWindow(button->window());
+        const auto sendRight = [](QEvent::Type type, ulong timestamp) {
+            QKeyEvent event(type, Qt::Key_Right, Qt::NoModifier);
+            event.setTimestamp(timestamp);
+            QApplication::sendEvent(QApplication::focusWidget(), &event);
+        };
+        QTRY_COMPARE(QApplication::focusWidget(), button);
+
+        sendRight(QEvent::KeyPress, 100);
+        QStringList focused{QApplication::focusWidget()->objectName()};
+        for (const ulong timestamp : {760UL, 800UL}) {
+            sendRight(QEvent::KeyRelease, timestamp);
+            sendRight(QEvent::KeyPress, timestamp);
+            focused.append(QApplication::focusWidget()->objectName());
+        }
+
+        QCOMPARE(focused, QStringList({"homeBtn", "rightBtn", "zoomInBtn"}));
+    }
+
     void theCameraStopsBeforeTheReleasedButtonIsDrawn()
     {
         Desk desk;

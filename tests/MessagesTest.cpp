@@ -60,7 +60,7 @@ void connect(Desk& desk)
 
 void aMissingPort(Desk& desk)
 {
-    disconnectAndChoose(desk, "/dev/missing");
+    disconnectAndChoose(desk, desk.profile.folder() + "/adapter");
     connect(desk);
 }
 

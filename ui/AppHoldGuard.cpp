@@ -76,7 +76,7 @@ bool AppHoldGuard::isKeyRepeat(QAbstractButton* button, const QKeyEvent* event)
 
     // Other platforms tell repeats from real releases by themselves; nothing there has to wait.
     static const bool isX11 = QGuiApplication::platformName() == "xcb";
-    if (!isX11 || isPress || event->isAutoRepeat() || !button->isDown())
+    if (!isX11 || isPress || !button->isDown())
         return false;
 
     waitingButton = button;
