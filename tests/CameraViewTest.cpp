@@ -1,6 +1,8 @@
 #include "view/CameraView.h"
+#include "support/PaintCounter.h"
 #include "view/PolygonFill.h"
 
+#include <QPaintEngine>
 #include <QPainter>
 #include <QProcess>
 #include <QRandomGenerator>
@@ -128,16 +130,66 @@ double difference(const QImage& one, const QImage& other)
     return count / (1.0 * one.width() * one.height());
 }
 
-class PaintCounter : public QObject
+// Where a widget draws its texts.
+class TextRecorder : private QPaintEngine, public QPaintDevice
 {
 public:
-    bool eventFilter(QObject*, QEvent* event) override
+    struct Text
     {
-        count += event->type() == QEvent::Paint;
-        return false;
+        QString text;
+        QRectF area;
+    };
+
+    explicit TextRecorder(QWidget& widget)
+        : QPaintEngine(AllFeatures)
+        , size(widget.size())
+    {
+        widget.render(this);
     }
 
-    int count = 0;
+    QList<Text> texts;
+
+private:
+    bool begin(QPaintDevice*) override { return true; }
+
+    bool end() override { return true; }
+
+    void updateState(const QPaintEngineState&) override {}
+
+    void drawPixmap(const QRectF&, const QPixmap&, const QRectF&) override {}
+
+    void drawPath(const QPainterPath&) override {}
+
+    void drawPolygon(const QPointF*, int, PolygonDrawMode) override {}
+
+    Type type() const override { return User; }
+
+    void drawTextItem(const QPointF& baseline, const QTextItem& item) override
+    {
+        texts.append(
+            {item.text(),
+             {baseline - QPointF(0, item.ascent()), QSizeF(item.width(), item.ascent() + item.descent())}});
+    }
+
+    QPaintEngine* paintEngine() const override { return const_cast<TextRecorder*>(this); }
+
+    int metric(PaintDeviceMetric metric) const override
+    {
+        switch (metric) {
+        case PdmWidth:
+            return size.width();
+        case PdmHeight:
+            return size.height();
+        case PdmDevicePixelRatio:
+            return 1;
+        case PdmDevicePixelRatioScaled:
+            return static_cast<int>(devicePixelRatioFScale());
+        default:
+            return 96;
+        }
+    }
+
+    const QSize size;
 };
 
 } // namespace
@@ -168,6 +220,8 @@ private slots:
     void lastCommandAndItsReplyAreShown();
     void bytesThatAreNoFrameAreShown();
     void theProtocolIsPaintedBelowTheMiddle();
+    void noTextIsCut_data();
+    void noTextIsCut();
     void thePositionIsAmberWhileItChanges();
     void panTiltAndZoomAreShown();
     void storedPresetsAreListed();
@@ -458,7 +512,7 @@ void CameraViewTest::mirrorAndFlipTurnTheView()
     QVERIFY(hasMarkAt(turned, mirrored));
     QVERIFY(!hasMarkAt(turned, *homePoint));
     // Between the panels, which stay as they are.
-    const QRect between(0, 120, 800, 270);
+    const QRect between(0, 120, 800, 235);
     QVERIFY(difference(turned.copy(between), usual.mirrored(true, false).copy(between)) < 0.02);
     QVERIFY(difference(turned.copy(between), usual.copy(between)) > 0.05);
 
@@ -479,7 +533,7 @@ void CameraViewTest::theViewIsDarkInStandby()
     desk.carryOut(powerOff);
     const QImage dark = desk.pictureAtRest();
     // Between the panels there is nothing: no scene, no scale, no mark.
-    const QRect between(0, 120, 800, 270);
+    const QRect between(0, 120, 800, 235);
     QImage black(between.size(), dark.format());
     black.fill(Qt::black);
     QCOMPARE(dark.copy(between), black);
@@ -528,10 +582,43 @@ void CameraViewTest::theProtocolIsPaintedBelowTheMiddle()
 
     const QImage after = desk.pictureAtRest();
 
-    const QRect protocol(0, 395, 500, 55);
-    const QRect middle(0, 100, 800, 290);
+    const QRect protocol(0, 360, 500, 90);
+    const QRect middle(0, 100, 800, 255);
     QVERIFY(after.copy(protocol) != before.copy(protocol));
     QCOMPARE(after.copy(middle), before.copy(middle));
+}
+
+void CameraViewTest::noTextIsCut_data()
+{
+    QTest::addColumn<QSize>("size");
+    QTest::addColumn<QByteArray>("command");
+    const Desk desk;
+    for (const QSize& size : {desk.view.minimumSize(), desk.view.sizeHint()}) {
+        const QByteArray width = QByteArray::number(size.width());
+        QTest::addRow("at home, %s wide", width.constData()) << size << QByteArray(home);
+        QTest::addRow("in a corner, %s wide", width.constData())
+            << size << QByteArray("81 01 06 02 18 14 0F 06 03 01 0F 0B 02 00 FF");
+    }
+}
+
+void CameraViewTest::noTextIsCut()
+{
+    QFETCH(QSize, size);
+    QFETCH(QByteArray, command);
+    Desk desk;
+    desk.view.resize(size);
+
+    desk.send(command);
+    desk.now += 20s;
+    QVERIFY(!desk.pictureAtRest().isNull());
+    desk.send(command);
+
+    const TextRecorder recorder(desk.view);
+    QVERIFY(recorder.texts.size() > 10);
+    for (const auto& [text, area] : recorder.texts) {
+        QVERIFY2(QRectF(desk.view.rect()).contains(area), qPrintable(text));
+        QVERIFY2(!text.contains(QChar(0x2026)), qPrintable(text));
+    }
 }
 
 void CameraViewTest::thePositionIsAmberWhileItChanges()
@@ -634,8 +721,7 @@ void CameraViewTest::nothingWakesWhileTheCameraStandsStill()
     desk.carryOut(store1);
     QTRY_VERIFY(!desk.isAwake());
 
-    PaintCounter paints;
-    desk.view.installEventFilter(&paints);
+    PaintCounter paints(&desk.view);
     QCoreApplication::processEvents();
     paints.count = 0;
     desk.now += 10s;
@@ -647,8 +733,7 @@ void CameraViewTest::itDrawsWhileTheCameraMovesAndRestsAfterwards()
 {
     Desk desk;
     QVERIFY(QTest::qWaitForWindowExposed(&desk.view));
-    PaintCounter paints;
-    desk.view.installEventFilter(&paints);
+    PaintCounter paints(&desk.view);
 
     desk.carryOut(driveUp);
     QTRY_VERIFY(paints.count >= 10);

@@ -21,7 +21,6 @@ constexpr int rowHeight = 18;
 constexpr double mapScale = 0.5;
 constexpr int columnWidth = 88;
 constexpr int captionWidth = 72;
-constexpr int bytesWidth = 216;
 constexpr int presetsWidth = 120;
 constexpr double markRadius = 9;
 
@@ -191,11 +190,12 @@ void CameraView::paintTick(QPainter& painter, const Projection& projection, doub
     if (!labelled)
         return;
     const QString text = degrees == 0 ? "Home" : QString::number(degrees) + QChar(0xB0);
-    if (onHorizon)
-        painter.drawText(QRectF(point->x() - 30, point->y() + length, 60, rowHeight), Qt::AlignCenter, text);
-    else
-        painter.drawText(QRectF(point->x() + length + 4, point->y() - rowHeight / 2.0, 60, rowHeight),
-                         Qt::AlignVCenter, text);
+    QRectF label(0, 0, painter.fontMetrics().horizontalAdvance(text), rowHeight);
+    label.moveCenter(*point + (onHorizon ? QPointF(0, length + rowHeight / 2.0)
+                                         : QPointF(length + 4 + label.width() / 2, 0)));
+    // Whole at the edges, too.
+    label.moveLeft(std::clamp(label.left(), 0.0, width() - label.width()));
+    painter.drawText(label, Qt::AlignCenter | Qt::TextDontClip, text);
 }
 
 void CameraView::paintPresetMarks(QPainter& painter, const Projection& projection) const
@@ -274,27 +274,26 @@ void CameraView::paintMap(QPainter& painter) const
 
 void CameraView::paintProtocol(QPainter& painter, const Texts& shown) const
 {
-    const double top = height() - margin - 2 * rowHeight - padding;
-    const QRectF area(margin, top, width() - 2 * margin, 2 * rowHeight + padding);
+    const double high = 4 * rowHeight + padding;
+    const QRectF area(margin, height() - margin - high, width() - 2 * margin, high);
     paintPanel(painter, area);
 
     const QRectF inside = area.adjusted(padding, padding / 2.0, -padding, -padding / 2.0);
-    const double bytesLeft = inside.left() + captionWidth;
-    const double wordsLeft = bytesLeft + bytesWidth;
+    const double framesLeft = inside.left() + captionWidth;
     const double presetsLeft = inside.right() - presetsWidth;
     const auto row = [&](int number, double left, double right) {
         return QRectF(left, inside.top() + number * rowHeight, right - left, rowHeight);
     };
 
     painter.setFont(smallFont);
-    paintText(painter, row(0, inside.left(), bytesLeft), dim, "Command");
-    paintText(painter, row(1, inside.left(), bytesLeft), dim, "Reply");
-    paintText(painter, row(0, wordsLeft, presetsLeft - padding), bright, shown.command);
-    paintText(painter, row(1, wordsLeft, presetsLeft - padding), bright, shown.reply);
+    paintText(painter, row(0, inside.left(), framesLeft), dim, "Command");
+    paintText(painter, row(0, framesLeft, presetsLeft - padding), bright, shown.command);
+    paintText(painter, row(2, inside.left(), framesLeft), dim, "Reply");
+    paintText(painter, row(2, framesLeft, presetsLeft - padding), bright, shown.reply);
     paintText(painter, row(0, presetsLeft, inside.right()), dim, "Presets");
     paintText(painter, row(1, presetsLeft, inside.right()), bright,
               shown.presets.isEmpty() ? "none" : shown.presets);
     painter.setFont(numberFont);
-    paintText(painter, row(0, bytesLeft, wordsLeft - padding), amber, shown.commandBytes);
-    paintText(painter, row(1, bytesLeft, wordsLeft - padding), amber, shown.replyBytes);
+    paintText(painter, row(1, framesLeft, presetsLeft - padding), amber, shown.commandBytes);
+    paintText(painter, row(3, framesLeft, presetsLeft - padding), amber, shown.replyBytes);
 }
