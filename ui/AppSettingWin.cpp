@@ -31,6 +31,7 @@ AppSettingWin::AppSettingWin(QWidget* parent)
     , isLoading(true)
     , ui(new Ui_AppSettingWin)
 {
+    // Qt asks once what a box is to assistive software: while the form makes it.
     AppAccessibleCheckBox::install();
     ui->setupUi(this);
     adjustSize();
