@@ -1,0 +1,269 @@
+#include "AccessibilityBus.h"
+
+#include <QDBusArgument>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusReply>
+#include <QDBusVariant>
+#include <QtTest>
+
+#include <algorithm>
+
+namespace {
+
+constexpr char SessionConnection[] = "session";
+constexpr char BusConnection[] = "accessibility";
+
+constexpr char RegistryService[] = "org.a11y.atspi.Registry";
+constexpr char AccessibleInterface[] = "org.a11y.atspi.Accessible";
+constexpr char ActionInterface[] = "org.a11y.atspi.Action";
+constexpr char EventInterface[] = "org.a11y.atspi.Event.Object";
+
+// A busy machine takes its time to start a program.
+constexpr int PatienceMs = 10000;
+
+// Numbers of AT-SPI.
+constexpr unsigned LabelledBy = 2;
+constexpr int Checked = 4;
+constexpr int Enabled = 8;
+
+struct Action
+{
+    QString name;
+    QString description;
+    QString keys;
+};
+
+struct Relation
+{
+    unsigned type = 0;
+    QVector<AccessibleObject> targets;
+};
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, Action& action)
+{
+    argument.beginStructure();
+    argument >> action.name >> action.description >> action.keys;
+    argument.endStructure();
+    return argument;
+}
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, Relation& relation)
+{
+    argument.beginStructure();
+    argument >> relation.type >> relation.targets;
+    argument.endStructure();
+    return argument;
+}
+
+/** The elements of an array in an answer; none if there is no answer. */
+template <class Element> QVector<Element> elementsOf(const QVariant& answer)
+{
+    QVector<Element> elements;
+    if (answer.isValid())
+        answer.value<QDBusArgument>() >> elements;
+    return elements;
+}
+
+/** Sends a call to the accessibility bus and waits for the answer's first argument. */
+QVariant ask(const QDBusMessage& question)
+{
+    const QDBusMessage answer = QDBusConnection(BusConnection).call(question);
+    return answer.type() == QDBusMessage::ReplyMessage ? answer.arguments().value(0) : QVariant();
+}
+
+} // namespace
+
+const QDBusArgument& operator>>(const QDBusArgument& argument, AccessibleObject& object)
+{
+    argument.beginStructure();
+    argument >> object.service >> object.path;
+    argument.endStructure();
+    return argument;
+}
+
+AccessibleObject::AccessibleObject(const QString& programsService, const QDBusObjectPath& objectPath)
+    : service(programsService)
+    , path(objectPath)
+{
+}
+
+QString AccessibleObject::role() const
+{
+    return call(AccessibleInterface, "GetRoleName").toString();
+}
+
+QString AccessibleObject::name() const
+{
+    return property("Name").toString();
+}
+
+QString AccessibleObject::description() const
+{
+    return property("Description").toString();
+}
+
+QStringList AccessibleObject::actions() const
+{
+    QStringList names;
+    const auto actions = elementsOf<Action>(call(ActionInterface, "GetActions"));
+    for (const Action& action : actions)
+        names.append(action.name);
+    return names;
+}
+
+QString AccessibleObject::label() const
+{
+    const auto relations = elementsOf<Relation>(call(AccessibleInterface, "GetRelationSet"));
+    for (const Relation& relation : relations) {
+        if (relation.type == LabelledBy)
+            return relation.targets.value(0).name();
+    }
+    return {};
+}
+
+bool AccessibleObject::isChecked() const
+{
+    return hasState(Checked);
+}
+
+bool AccessibleObject::isEnabled() const
+{
+    return hasState(Enabled);
+}
+
+QVector<AccessibleObject> AccessibleObject::controls() const
+{
+    QVector<AccessibleObject> found;
+    const auto parts = elementsOf<AccessibleObject>(call(AccessibleInterface, "GetChildren"));
+    for (const AccessibleObject& part : parts) {
+        if (!part.name().isEmpty() || !part.actions().isEmpty())
+            found.append(part);
+        if (part.role() != "combo box")
+            found += part.controls();
+    }
+    return found;
+}
+
+AccessibleObject AccessibleObject::find(const QString& role, const QString& name) const
+{
+    AccessibleObject found;
+    const bool isFound = QTest::qWaitFor(
+        [&] {
+            const auto candidates = controls();
+            const auto match = std::find_if(candidates.begin(), candidates.end(), [&](const auto& candidate) {
+                return candidate.name() == name && candidate.role() == role;
+            });
+            if (match == candidates.end())
+                return false;
+            found = *match;
+            return true;
+        },
+        PatienceMs);
+    if (!isFound)
+        QTest::qFail(qPrintable("there is no " + role + ' ' + name), __FILE__, __LINE__);
+    return found;
+}
+
+void AccessibleObject::act(const QString& action) const
+{
+    const int index = static_cast<int>(actions().indexOf(action));
+    if (!call(ActionInterface, "DoAction", {index}).toBool())
+        QTest::qFail(qPrintable(name() + " does not " + action), __FILE__, __LINE__);
+}
+
+void AccessibleObject::enter(const QString& text) const
+{
+    if (!call("org.a11y.atspi.EditableText", "SetTextContents", {text}).toBool())
+        QTest::qFail(qPrintable(name() + " takes no text"), __FILE__, __LINE__);
+}
+
+bool AccessibleObject::hasState(int state) const
+{
+    const auto words = elementsOf<unsigned>(call(AccessibleInterface, "GetState"));
+    return (words.value(0) & (1U << state)) != 0;
+}
+
+QVariant AccessibleObject::property(const QString& name) const
+{
+    return call("org.freedesktop.DBus.Properties", "Get", {AccessibleInterface, name})
+        .value<QDBusVariant>()
+        .variant();
+}
+
+QVariant AccessibleObject::call(const QString& interface, const QString& method,
+                                const QVariantList& arguments) const
+{
+    QDBusMessage question = QDBusMessage::createMethodCall(service, path.path(), interface, method);
+    question.setArguments(arguments);
+    return ask(question);
+}
+
+AccessibilityBus::AccessibilityBus()
+{
+    daemon.start("dbus-daemon", {"--session", "--nofork", "--print-address"});
+    while (!daemon.canReadLine() && daemon.waitForReadyRead(PatienceMs)) {
+    }
+    sessionBus = QString::fromLocal8Bit(daemon.readLine()).trimmed();
+
+    // Whoever asks first has the accessibility bus started.
+    const QDBusReply<QString> address =
+        QDBusConnection::connectToBus(sessionBus, SessionConnection)
+            .call(QDBusMessage::createMethodCall("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus",
+                                                 "GetAddress"));
+    QDBusConnection::disconnectFromBus(SessionConnection);
+    if (!address.isValid())
+        qFatal("there is no accessibility bus: %s", qPrintable(address.error().message()));
+    QDBusConnection::connectToBus(address, BusConnection);
+}
+
+AccessibilityBus::~AccessibilityBus()
+{
+    QDBusConnection::disconnectFromBus(BusConnection);
+    daemon.terminate();
+    daemon.waitForFinished();
+}
+
+AccessibleObject AccessibilityBus::program(const QString& name) const
+{
+    const AccessibleObject desktop(RegistryService, QDBusObjectPath("/org/a11y/atspi/accessible/root"));
+    return desktop.find("application", name);
+}
+
+void AccessibilityBus::listen()
+{
+    QDBusConnection bus(BusConnection);
+    bus.connect({}, {}, EventInterface, "PropertyChange", this, SLOT(onPropertyChange(QDBusMessage)));
+    bus.connect({}, {}, EventInterface, "Announcement", this, SLOT(onAnnouncement(QDBusMessage)));
+    // Programs tell only what somebody wants to hear.
+    for (const char* event : {"object:property-change:accessible-name", "object:announcement"}) {
+        auto wish = QDBusMessage::createMethodCall(RegistryService, "/org/a11y/atspi/registry",
+                                                   RegistryService, "RegisterEvent");
+        wish << event;
+        ask(wish);
+    }
+}
+
+QStringList AccessibilityBus::newNames(const AccessibleObject& control) const
+{
+    QStringList names;
+    for (const auto& [object, name] : renamed) {
+        if (object == control)
+            names.append(name);
+    }
+    return names;
+}
+
+void AccessibilityBus::onPropertyChange(const QDBusMessage& message)
+{
+    if (message.arguments().value(0) != "accessible-name")
+        return;
+    // Not every version of Qt sends the name along.
+    const AccessibleObject object(message.service(), QDBusObjectPath(message.path()));
+    renamed.append({object, object.name()});
+}
+
+void AccessibilityBus::onAnnouncement(const QDBusMessage& message)
+{
+    announced.append(message.arguments().value(3).value<QDBusVariant>().variant().toString());
+}

@@ -1,0 +1,377 @@
+#include "AccessibilityBus.h"
+#include "support/CameraEnd.h"
+#include "support/PrivateProfile.h"
+
+#include <QProcess>
+#include <QtTest>
+
+namespace {
+
+constexpr char MainTitle[] = "Vantrel Controller";
+constexpr char SettingsTitle[] = "Settings";
+// With the camera's port for %1.
+constexpr char ConnectedText[] = "Connected to Port: %1\tBaudRate: 9600";
+
+constexpr char Window[] = "frame";
+constexpr char Dialog[] = "dialog";
+constexpr char Button[] = "push button";
+constexpr char Box[] = "check box";
+constexpr char List[] = "combo box";
+constexpr char Slider[] = "slider";
+constexpr char Field[] = "text";
+constexpr char Label[] = "label";
+
+constexpr char ByPress[] = "Press, SetFocus";
+constexpr char ByToggle[] = "Toggle, SetFocus";
+constexpr char ByMenu[] = "ShowMenu, Press";
+constexpr char BySteps[] = "SetFocus, Increase, Decrease";
+constexpr char ByFocus[] = "SetFocus";
+
+/** What a control tells. A list's name is its present choice, so its label or description tells what it is
+ * for. */
+struct Control
+{
+    const char* role;
+    const char* name;
+    const char* actions = "";
+    const char* description = "";
+    const char* label = "";
+};
+
+// In the order in which a screen reader goes through the windows of the connected program.
+constexpr Control MainControls[] = {
+    {Button, "Settings", ByPress, "Settings"},
+    {Button, "Disconnect", ByPress},
+    {Button, "Move Up", ByPress, "Move Up"},
+    {Button, "Move Left", ByPress, "Move Left"},
+    {Button, "Move Home", ByPress, "Move Home"},
+    {Button, "Move Right", ByPress, "Move Right"},
+    {Button, "Zoom In", ByPress, "Zoom In"},
+    {Button, "Move Down", ByPress, "Move Down"},
+    {Button, "Zoom Out", ByPress, "Zoom Out"},
+    {Button, "Preset1", ByPress, "Preset1"},
+    {Button, "Preset2", ByPress, "Preset2"},
+    {Button, "Preset3", ByPress, "Preset3"},
+    {Button, "Preset4", ByPress, "Preset4"},
+    {Button, "Preset5", ByPress, "Preset5"},
+    {Button, "Preset6", ByPress, "Preset6"},
+    {Button, "Preset7", ByPress, "Preset7"},
+    {Button, "Preset8", ByPress, "Preset8"},
+    {Button, "Preset9", ByPress, "Preset9"},
+    {Field, "Preset Number Input", ByFocus, "Preset Number Input"},
+    {Button, "CALL", ByPress, "Recall Preset"},
+    {Field, "Enter preset name", ByFocus, "Enter preset name"},
+    {Button, "SET", ByPress, "Set Preset"},
+    {Label, ConnectedText},
+};
+
+constexpr Control SettingsControls[] = {
+    {Box, "Run on startup", ByToggle},
+    {Label, "COM port"},
+    {List, "AUTO", ByMenu, "", "COM port"},
+    {Label, "BaudRate"},
+    {List, "Baud9600", ByMenu, "", "BaudRate"},
+    {Box, "Start up Preset", ByToggle},
+    {List, "PRESET1", ByMenu, "Preset to recall at every connect"},
+    {Box, "Invert Pan Controls", ByToggle},
+    {Box, "Invert Tilt Controls", ByToggle},
+    {Label, "Pan Speed(5)"},
+    {Slider, "Pan Speed", BySteps},
+    {Label, "Tilt Speed(5)"},
+    {Slider, "Tilt Speed", BySteps},
+    {Label, "Zoom Speed(5)"},
+    {Slider, "Zoom Speed", BySteps},
+};
+
+constexpr char Stop[] = "81 01 06 01 05 05 03 03 ff";
+constexpr char ZoomStop[] = "81 01 04 07 00 ff";
+
+/** What the camera receives of a button that is pressed and let go, with the speeds that a fresh account has.
+ */
+struct Motion
+{
+    const char* button;
+    const char* frame;
+    const char* stopFrame;
+};
+
+constexpr Motion Motions[] = {
+    {"Move Up", "81 01 06 01 05 05 03 01 ff", Stop},    {"Move Left", "81 01 06 01 05 05 01 03 ff", Stop},
+    {"Move Right", "81 01 06 01 05 05 02 03 ff", Stop}, {"Zoom In", "81 01 04 07 25 ff", ZoomStop},
+    {"Move Down", "81 01 06 01 05 05 03 02 ff", Stop},  {"Zoom Out", "81 01 04 07 35 ff", ZoomStop},
+};
+
+constexpr char Home[] = "81 01 06 04 ff";
+constexpr char FullWide[] = "81 01 04 07 37 ff";
+
+QByteArray recallOf(int preset)
+{
+    return "81 01 04 3f 02 " + QByteArray(1, static_cast<char>(preset)).toHex() + " ff";
+}
+
+QByteArray storingOf(int preset)
+{
+    return "81 01 04 3f 01 " + QByteArray(1, static_cast<char>(preset)).toHex() + " ff";
+}
+
+/** A control of the settings and the key under which its state is stored. */
+struct Setting
+{
+    const char* control;
+    const char* key;
+};
+
+constexpr Setting Boxes[] = {
+    {"Run on startup", "runonstartup"},
+    {"Start up Preset", "isstartuppreset"},
+    {"Invert Pan Controls", "invertpan"},
+    {"Invert Tilt Controls", "inverttilt"},
+};
+
+constexpr Setting Sliders[] = {
+    {"Pan Speed", "panspeed"},
+    {"Tilt Speed", "tiltspeed"},
+    {"Zoom Speed", "zoomspeed"},
+};
+
+/** A user of assistive software: a fresh account, a camera on the line, and the program, connected to it. */
+class Workplace
+{
+public:
+    Workplace()
+    {
+        profile.store("comport", camera.portName());
+
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("DBUS_SESSION_BUS_ADDRESS", bus.sessionAddress());
+        environment.insert("LC_ALL", "C.UTF-8");
+        environment.insert("QT_FATAL_WARNINGS", "1");
+        environment.insert("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
+        // Being asked about a box that has just closed is no fault of the program.
+        environment.insert("QT_LOGGING_RULES", "qt.accessibility.atspi.warning=false");
+        environment.insert("QT_QPA_PLATFORMTHEME", "generic");
+        process.setProcessEnvironment(environment);
+        process.setProcessChannelMode(QProcess::MergedChannels);
+        process.start(VANTREL_PATH, QStringList());
+        program = bus.program("Vantrel");
+    }
+
+    ~Workplace()
+    {
+        process.terminate();
+        process.waitForFinished();
+        if (process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0)
+            QTest::qFail("the program ended with: " + process.readAll(), __FILE__, __LINE__);
+    }
+    Q_DISABLE_COPY(Workplace)
+
+    AccessibleObject find(const char* role, const QString& name) const { return program.find(role, name); }
+
+    void press(const QString& button) const { find(Button, button).act("Press"); }
+
+    AccessibleObject openedSettings() const
+    {
+        press("Settings");
+        return find(Dialog, SettingsTitle);
+    }
+
+    QString connectedText() const { return QString(ConnectedText).arg(camera.portName()); }
+
+    QString stored(const QString& key) const { return profile.stored(key).toString(); }
+
+    PrivateProfile profile;
+    CameraEnd camera;
+    AccessibilityBus bus;
+
+private:
+    QProcess process;
+    AccessibleObject program;
+};
+
+QString line(const QStringList& columns)
+{
+    return columns.join(" | ");
+}
+
+template <std::size_t Count> QStringList lines(const Control (&table)[Count])
+{
+    QStringList lines;
+    for (const Control& control : table)
+        lines.append(line({control.role, control.name, control.actions, control.description, control.label}));
+    return lines;
+}
+
+/** What every control of a window tells, in the form of the tables' lines. */
+QStringList told(const AccessibleObject& window)
+{
+    QStringList lines;
+    const auto controls = window.controls();
+    for (const AccessibleObject& control : controls) {
+        lines.append(line({control.role(), control.name(), control.actions().join(", "),
+                           control.description(), control.label()}));
+    }
+    return lines;
+}
+
+} // namespace
+
+/** The program as assistive software meets it: over the accessibility bus, without picture, mouse and
+ * keyboard. */
+class AccessibilityTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void everyControlOfTheMainWindowTellsWhatItIs();
+    void everySettingTellsWhatItIs();
+    void pressingAMotionButtonMovesTheCameraAndStopsItOnce();
+    void pressingHomeSendsTheCameraHome();
+    void pressingAPresetRecallsIt();
+    void callRecallsTheEnteredPreset();
+    void aNamedPresetTellsItsNumberToo();
+    void togglingABoxStoresItsSetting();
+    void theListOfPresetsFollowsItsBox();
+    void steppingASliderStoresItsSpeed();
+    void aChangeOfTheConnectionIsTold();
+};
+
+void AccessibilityTest::everyControlOfTheMainWindowTellsWhatItIs()
+{
+    const Workplace place;
+    QStringList expected = lines(MainControls);
+    expected.replaceInStrings(ConnectedText, place.connectedText());
+
+    QCOMPARE(told(place.find(Window, MainTitle)), expected);
+}
+
+void AccessibilityTest::everySettingTellsWhatItIs()
+{
+    const Workplace place;
+
+    QCOMPARE(told(place.openedSettings()), lines(SettingsControls));
+}
+
+void AccessibilityTest::pressingAMotionButtonMovesTheCameraAndStopsItOnce()
+{
+    Workplace place;
+
+    for (const Motion& motion : Motions) {
+        place.press(motion.button);
+        QCOMPARE(place.camera.nextFrame(), QByteArray(motion.frame));
+        QCOMPARE(place.camera.nextFrame(), QByteArray(motion.stopFrame));
+    }
+    place.press("Preset1");
+    QCOMPARE(place.camera.nextFrame(), recallOf(1));
+}
+
+void AccessibilityTest::pressingHomeSendsTheCameraHome()
+{
+    Workplace place;
+
+    place.press("Move Home");
+    QCOMPARE(place.camera.nextFrame(), QByteArray(Home));
+    QCOMPARE(place.camera.nextFrame(), QByteArray(FullWide));
+}
+
+void AccessibilityTest::pressingAPresetRecallsIt()
+{
+    Workplace place;
+
+    for (int preset = 1; preset <= 9; ++preset) {
+        place.press(QString("Preset%1").arg(preset));
+        QCOMPARE(place.camera.nextFrame(), recallOf(preset));
+    }
+}
+
+void AccessibilityTest::callRecallsTheEnteredPreset()
+{
+    Workplace place;
+
+    place.find(Field, "Preset Number Input").enter("64");
+    place.press("CALL");
+    QCOMPARE(place.camera.nextFrame(), recallOf(64));
+}
+
+void AccessibilityTest::aNamedPresetTellsItsNumberToo()
+{
+    Workplace place;
+
+    place.find(Field, "Preset Number Input").enter("3");
+    place.find(Field, "Enter preset name").enter("Desk");
+    place.press("SET");
+    QCOMPARE(place.camera.nextFrame(), storingOf(3));
+    place.find(Label, "Preset No3 is set.");
+    place.press("OK");
+
+    QCOMPARE(place.find(Button, "Preset3: Desk").description(), QString("Desk"));
+}
+
+void AccessibilityTest::togglingABoxStoresItsSetting()
+{
+    const Workplace place;
+    const AccessibleObject settings = place.openedSettings();
+
+    for (const Setting& setting : Boxes) {
+        const AccessibleObject box = settings.find(Box, setting.control);
+        box.act("Toggle");
+        QTRY_COMPARE(place.stored(setting.key), QString("true"));
+        QVERIFY(box.isChecked());
+        box.act("Toggle");
+        QTRY_COMPARE(place.stored(setting.key), QString("false"));
+        QVERIFY(!box.isChecked());
+    }
+}
+
+void AccessibilityTest::theListOfPresetsFollowsItsBox()
+{
+    const Workplace place;
+    const AccessibleObject settings = place.openedSettings();
+    const AccessibleObject box = settings.find(Box, "Start up Preset");
+    const AccessibleObject list = settings.find(List, "PRESET1");
+    QVERIFY(!list.isEnabled());
+
+    box.act("Toggle");
+    QTRY_VERIFY(list.isEnabled());
+    box.act("Toggle");
+    QTRY_VERIFY(!list.isEnabled());
+}
+
+void AccessibilityTest::steppingASliderStoresItsSpeed()
+{
+    const Workplace place;
+    const AccessibleObject settings = place.openedSettings();
+
+    for (const Setting& setting : Sliders) {
+        const AccessibleObject slider = settings.find(Slider, setting.control);
+        slider.act("Increase");
+        QTRY_COMPARE(place.stored(setting.key), QString("6"));
+        settings.find(Label, QString(setting.control) + "(6)");
+        slider.act("Decrease");
+        QTRY_COMPARE(place.stored(setting.key), QString("5"));
+    }
+}
+
+void AccessibilityTest::aChangeOfTheConnectionIsTold()
+{
+    Workplace place;
+    const AccessibleObject status = place.find(Label, place.connectedText());
+    place.bus.listen();
+
+    QStringList expected{"Device disconnected"};
+    place.press("Disconnect");
+    QTRY_COMPARE(place.bus.newNames(status), expected);
+
+    expected.append(place.connectedText());
+    place.press("Connect");
+    QTRY_COMPARE(place.bus.newNames(status), expected);
+#if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
+    QTRY_COMPARE(place.bus.announcements(), expected);
+#else
+    // Qt knows no announcement yet, and its alerts do not reach the bus; the status has a new name, no more.
+    QCOMPARE(place.bus.announcements(), QStringList());
+#endif
+}
+
+QTEST_GUILESS_MAIN(AccessibilityTest)
+
+#include "AccessibilityTest.moc"
