@@ -3,8 +3,8 @@
 int main(int argc, char** argv)
 {
 #if QT_VERSION_MAJOR < 6
-    // Qt reads these attributes while the application object is being built; Qt 6 always scales, and draws
-    // pictures from all of their pixels.
+    // Qt 5 scales only if it is told so before the application object is built, and draws pictures from all
+    // of their pixels only if it is told that, too. Qt 6 does both unasked.
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling, true);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps, true);
 #endif

@@ -8,8 +8,10 @@
 
 #include <cstdio>
 
-/** Writes the title of a program's first window to the standard output once the window's content is on the
- * screen. */
+/**
+ * Writes the title of a program's first window to the standard output once the window's content is on the
+ * screen.
+ */
 class FirstFrame : public QObject
 {
     Q_OBJECT

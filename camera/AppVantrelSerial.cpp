@@ -163,6 +163,7 @@ bool AppVantrelSerial::eventFilter(QObject* watched, QEvent* event)
 
 bool AppVantrelSerial::noticeLoss()
 {
+    // Of a terminal whose device is gone the operating system does not tell the attributes.
     termios attributes{};
     if (!serialPort->isOpen() || tcgetattr(serialPort->handle(), &attributes) == 0)
         return false;
@@ -247,7 +248,7 @@ void AppVantrelSerial::moveHome()
 
     auto* timer = new QTimer(this);
     timer->setSingleShot(true);
-    // Any other timer may be 50 ms early.
+    // Unless it is told so, a timer may be 5 % early or late.
     timer->setTimerType(Qt::PreciseTimer);
     connect(timer, &QTimer::timeout, timer, [this] { writeZoomFrame(ZoomWide, ZoomSpeedMax); });
     timer->start(HomeZoomDelayMs);

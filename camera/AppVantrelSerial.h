@@ -41,8 +41,9 @@ public:
     /** Whether the port is open. */
     bool isConnected();
 
-    /** Applies the settings to the port. An open port stays the device it is, but takes its baud rate at
-     * once. */
+    /**
+     * Applies the settings to the port. An open port stays the device it is, but takes its baud rate at once.
+     */
     void setupSerialPort();
 
     /**

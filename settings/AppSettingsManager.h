@@ -43,7 +43,8 @@ public:
     /** Writes pending changes to the file. */
     ~AppSettingsManager() override;
 
-    /** The per-user folder of "setting.ini" and "app.log", with a trailing separator. It may not exist yet.
+    /**
+     * The per-user folder of "setting.ini" and "app.log", with a trailing separator. It may not exist yet.
      */
     QString getDefaultPath();
 
@@ -58,11 +59,11 @@ public:
     int getBaudRate();
     void setBaudRate(int baudRate);
 
-    /** The pan speed code; a VISCA camera takes 1 to 18 on common models. Default 5. */
+    /** The pan speed code; a VISCA camera takes 1 to 24 (hexadecimal 18) on common models. Default 5. */
     int getPanSpeed();
     void setPanSpeed(int speed);
 
-    /** The tilt speed code; a VISCA camera takes 1 to 14 on common models. Default 5. */
+    /** The tilt speed code; a VISCA camera takes 1 to 20 (hexadecimal 14) on common models. Default 5. */
     int getTiltSpeed();
     void setTiltSpeed(int speed);
 

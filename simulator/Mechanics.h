@@ -55,8 +55,10 @@ public:
         Forwards = 1
     };
 
-    /** Where the camera looks: pan and tilt in degrees (plus is right and up), zoom from 0 (wide) to 0x4000
-     * (tele). */
+    /**
+     * Where the camera looks: pan and tilt in degrees (plus is right and up), zoom from 0 (wide) to 0x4000
+     * (tele).
+     */
     struct Position
     {
         double pan;

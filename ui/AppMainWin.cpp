@@ -83,7 +83,7 @@ AppMainWin::AppMainWin(QWidget* parent)
 AppMainWin::~AppMainWin()
 {
     {
-        // A stop that fails now is of no use to this window, nor to the user.
+        // Should the stop of a held button fail, there is no window left to show it.
         const QSignalBlocker quiet(vantrelApp()->serial);
         delete holdGuard;
     }
@@ -103,6 +103,7 @@ void AppMainWin::onSettingsBtnClicked()
 
 void AppMainWin::placeSettings()
 {
+    // Beside this window, so that what is set can be tried at once. Both have the same frame.
     const QRect screen = windowHandle()->screen()->availableGeometry();
     const QRect own = frameGeometry();
     const int frameWidth = own.width() - width();
@@ -146,7 +147,7 @@ void AppMainWin::showStatus(const QString& text)
 {
     statusLabel->setText(text);
 #if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
-    // An alert does not reach Linux, and this event is not known before.
+    // New in Qt 6.8. It reaches assistive software on Linux, too, which an alert does not.
     QAccessibleAnnouncementEvent announcement(statusLabel, text);
 #else
     QAccessibleEvent announcement(statusLabel, QAccessible::Alert);
