@@ -106,11 +106,11 @@ void AppMainWin::placeSettings()
     // Beside this window, so that what is set can be tried at once. Both have the same frame.
     const QRect screen = windowHandle()->screen()->availableGeometry();
     const QRect own = frameGeometry();
-    const int frameWidth = own.width() - width();
-    const int settingsWidth = settingWin->width() + frameWidth;
-    const int right = own.x() + own.width();
-    const bool fitsAtTheRight = right + settingsWidth <= screen.x() + screen.width();
-    settingWin->move(fitsAtTheRight ? right : qMax(screen.x(), own.x() - settingsWidth), own.y());
+    const int settingsWidth = settingWin->width() + own.width() - width();
+    const bool fitsAtTheRight = own.x() + own.width() + settingsWidth <= screen.x() + screen.width();
+    const int offset = fitsAtTheRight ? own.width() : qMax(screen.x() - own.x(), -settingsWidth);
+    // Not by move(): on X11 Qt forgets the frame of a hidden window.
+    settingWin->setGeometry({geometry().topLeft() + QPoint(offset, 0), settingWin->size()});
 }
 
 void AppMainWin::onConnectBtnClicked()
