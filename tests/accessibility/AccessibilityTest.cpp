@@ -150,6 +150,8 @@ public:
         // Being asked about a box that has just closed is no fault of the program.
         environment.insert("QT_LOGGING_RULES", "qt.accessibility.atspi.warning=false");
         environment.insert("QT_QPA_PLATFORMTHEME", "generic");
+        // The windows draw nothing with OpenGL, whose drivers leak.
+        environment.insert("QT_XCB_GL_INTEGRATION", "none");
         process.setProcessEnvironment(environment);
         process.setProcessChannelMode(QProcess::MergedChannels);
         process.start(VANTREL_PATH, QStringList());
