@@ -7,13 +7,10 @@
 #include <QDialogButtonBox>
 #include <QImage>
 #include <QPushButton>
-#include <QStyleOptionButton>
-#include <QStyleOptionSlider>
 #include <QtTest>
 
 namespace {
 
-constexpr int NoLimit = 16777215;
 constexpr QRgb DarkGrey = 0xff333333;
 constexpr QRgb White = 0xffffffff;
 
@@ -73,25 +70,6 @@ bool hasColour(const QImage& image, QRgb colour)
         }
     }
     return false;
-}
-
-QRect handle(const QSlider* slider)
-{
-    QStyleOptionSlider option;
-    option.initFrom(slider);
-    option.orientation = Qt::Horizontal;
-    option.minimum = slider->minimum();
-    option.maximum = slider->maximum();
-    option.sliderPosition = slider->sliderPosition();
-    option.sliderValue = slider->value();
-    return slider->style()->subControlRect(QStyle::CC_Slider, &option, QStyle::SC_SliderHandle, slider);
-}
-
-QRect indicator(const QCheckBox* check)
-{
-    QStyleOptionButton option;
-    option.initFrom(check);
-    return check->style()->subElementRect(QStyle::SE_CheckBoxIndicator, &option, check);
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "soak/Soak.h"
 #include "support/Desk.h"
+#include "window/Desktop.h"
 #include "window/Window.h"
 
 #include <QProcess>
@@ -64,7 +65,7 @@ private slots:
 
             QCOMPARE(kill(static_cast<pid_t>(process.processId()), number), 0);
             QVERIFY(process.waitForFinished());
-            releaseMouse();
+            desktop().releaseMouse();
             QCOMPARE(process.exitStatus(), QProcess::NormalExit);
             QCOMPARE(process.exitCode(), 0);
             QCOMPARE(camera.pending(), QByteArray(Stop));

@@ -2,7 +2,12 @@
 
 #include <QAccessible>
 #include <QAction>
+#include <QCheckBox>
+#include <QPainter>
 #include <QRegularExpression>
+#include <QSlider>
+#include <QStyleOptionButton>
+#include <QStyleOptionSlider>
 #include <QWidget>
 #include <QtTest>
 
@@ -22,6 +27,46 @@ QObject* formObject(QWidget* window, const char* name)
     if (!object)
         qFatal("there is no %s", name);
     return object;
+}
+
+QImage buttonWithFrame(const QSize& button, const QString& image, int frame)
+{
+    const QImage strip(":/assets/" + image);
+    const int frameSize = strip.height() / 3;
+    QImage picture(button, QImage::Format_ARGB32_Premultiplied);
+    picture.fill(QColor("#333333"));
+    QPainter painter(&picture);
+    painter.drawImage((button.width() - frameSize) / 2, 0, strip, 0, frame * frameSize, frameSize, frameSize);
+    return picture;
+}
+
+QRect indicator(const QCheckBox* check)
+{
+    QStyleOptionButton option;
+    option.initFrom(check);
+    return check->style()->subElementRect(QStyle::SE_CheckBoxIndicator, &option, check);
+}
+
+QRect handle(const QSlider* slider)
+{
+    QStyleOptionSlider option;
+    option.initFrom(slider);
+    option.orientation = Qt::Horizontal;
+    option.minimum = slider->minimum();
+    option.maximum = slider->maximum();
+    option.sliderPosition = slider->sliderPosition();
+    option.sliderValue = slider->value();
+    return slider->style()->subControlRect(QStyle::CC_Slider, &option, QStyle::SC_SliderHandle, slider);
+}
+
+QWidget* toolTipWindow()
+{
+    const auto windows = QApplication::topLevelWidgets();
+    for (QWidget* window : windows) {
+        if (window->windowType() == Qt::ToolTip && window->isVisible())
+            return window;
+    }
+    qFatal("there is no tooltip");
 }
 
 QString outline(QLayout* layout)

@@ -3,10 +3,14 @@
 #include "support/PrivateProfile.h"
 
 #include <QApplication>
+#include <QImage>
 #include <QLayout>
 #include <QString>
 #include <QStringList>
 #include <QTranslator>
+
+class QCheckBox;
+class QSlider;
 
 /** A bare application object, for a test that looks at a window's form without the program behind it. */
 class BareApplication
@@ -26,6 +30,36 @@ struct FormText
     const char* property;
     const char* text;
 };
+
+/** A button of the main window that shows a frame of an image instead of a text. */
+struct ImageButton
+{
+    const char* name;
+    const char* image;
+    int maximumWidth;
+    const char* toolTip;
+};
+
+constexpr int NoLimit = 16777215;
+constexpr ImageButton ImageButtons[] = {
+    {"upBtn", "up.png", 60, "Move Up"},
+    {"leftBtn", "left.png", NoLimit, "Move Left"},
+    {"homeBtn", "home.png", NoLimit, "Move Home"},
+    {"rightBtn", "right.png", NoLimit, "Move Right"},
+    {"zoomInBtn", "zoomin.png", NoLimit, "Zoom In"},
+    {"downBtn", "down.png", NoLimit, "Move Down"},
+    {"zoomOutBtn", "zoomout.png", NoLimit, "Zoom Out"},
+    {"preset1Btn", "preset1.png", NoLimit, "Preset1"},
+    {"preset2Btn", "preset2.png", NoLimit, "Preset2"},
+    {"preset3Btn", "preset3.png", NoLimit, "Preset3"},
+    {"preset4Btn", "preset4.png", NoLimit, "Preset4"},
+    {"preset5Btn", "preset5.png", NoLimit, "Preset5"},
+    {"preset6Btn", "preset6.png", NoLimit, "Preset6"},
+    {"preset7Btn", "preset7.png", NoLimit, "Preset7"},
+    {"preset8Btn", "preset8.png", NoLimit, "Preset8"},
+    {"preset9Btn", "preset9.png", NoLimit, "Preset9"},
+};
+constexpr ImageButton SettingsButton{"settingsBtn", "setting.PNG", 30, "Settings"};
 
 /** Makes a foreign language of every text in one context: "Connect" becomes "<Connect>". */
 class BracketTranslator : public QTranslator
@@ -47,6 +81,19 @@ private:
 
 /** The object with this name among a window's own; the window itself if the name is empty. */
 QObject* formObject(QWidget* window, const char* name);
+
+/** What a button of this size shows of its image: one of the three frames in the middle, on the window's
+ * background. */
+QImage buttonWithFrame(const QSize& button, const QString& image, int frame);
+
+/** Where the check box has its box. */
+QRect indicator(const QCheckBox* check);
+
+/** Where the slider has its handle. */
+QRect handle(const QSlider* slider);
+
+/** The tooltip that is shown. */
+QWidget* toolTipWindow();
 
 /** What a layout holds, e.g. "row(label column(button) spacer)". */
 QString outline(QLayout* layout);

@@ -1,24 +1,21 @@
-#include "support/CameraEnd.h"
-#include "support/PrivateProfile.h"
-#include "support/UsbBus.h"
-#include "window/RunningProgram.h"
-#include "window/Screenshots.h"
-#include "window/Window.h"
+#include "window/Looks.h"
+#include "window/Workplace.h"
 
+#include <QAbstractItemView>
+#include <QComboBox>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QSlider>
+#include <QToolTip>
 #include <QtTest>
 
-#include <optional>
+#define QVERIFY_LOOKS_LIKE(...) QCOMPARE(differenceFromCopy(__VA_ARGS__), QString())
+#define QVERIFY_LOOKS_AS_STORED(...) QCOMPARE(differenceFromPicture(__VA_ARGS__), QString())
 
 namespace {
 
-constexpr char MainTitle[] = "Vantrel Controller";
-constexpr char SettingsTitle[] = "Settings";
-constexpr char BoxTitle[] = "Vantrel";
-
-// The X server repeats a held key after 660 ms, and every 40 ms from then on.
+// A held key repeats after 600 or 660 ms, and every 40 ms from then on.
 constexpr int FewKeyRepeatsMs = 900;
-
-constexpr DeviceId WchCh340{"1a86", "7523"};
 
 // What the camera receives, with the speeds that a fresh account has.
 constexpr char Up[] = "81 01 06 01 05 05 03 01 ff";
@@ -42,94 +39,9 @@ QByteArray storingOf(int preset)
     return "81 01 04 3f 01 " + QByteArray(1, static_cast<char>(preset)).toHex() + " ff";
 }
 
-// The middles of the controls of the connected main window.
-constexpr QPoint SettingsButton(246, 25);
-constexpr QPoint ConnectButton(146, 62);
-constexpr QPoint UpButton(146, 114);
-constexpr QPoint LeftButton(54, 180);
-constexpr QPoint HomeButton(146, 180);
-constexpr QPoint RightButton(238, 180);
-constexpr QPoint ZoomInButton(54, 246);
-constexpr QPoint DownButton(146, 246);
-constexpr QPoint ZoomOutButton(238, 246);
-constexpr QPoint PresetButtons[] = {{54, 312},  {146, 312}, {238, 312}, {54, 378}, {146, 378},
-                                    {238, 378}, {54, 444},  {146, 444}, {238, 444}};
-constexpr QPoint NumberField(77, 496);
-constexpr QPoint CallButton(215, 496);
-constexpr QPoint NameField(77, 533);
-constexpr QPoint SetButton(215, 533);
-
-// The middles of the controls of the settings; of a slider its handle at the speed 5.
-constexpr QPoint RunOnStartUpCheck(62, 19);
-constexpr QPoint PortMenu(178, 44);
-constexpr QPoint BaudRateMenu(183, 73);
-constexpr QPoint StartUpPresetCheck(62, 102);
-constexpr QPoint StartUpPresetMenu(183, 102);
-constexpr QPoint InvertPanCheck(80, 128);
-constexpr QPoint InvertTiltCheck(80, 150);
-constexpr QPoint PanSpeedHandle(68, 192);
-constexpr QPoint TiltSpeedHandle(84, 234);
-constexpr QPoint ZoomSpeedHandle(160, 276);
-constexpr int SlidersLeftEnd = 12;
-constexpr int SlidersRightEnd = 236;
-
-/** The place that a control takes in its window. */
-struct Control
-{
-    QPoint middle;
-    QSize size;
-
-    QRect area() const { return {middle - QPoint(size.width() / 2, size.height() / 2), size}; }
-};
-
-constexpr QSize SmallButtonSize(30, 30);
-constexpr QSize ImageButtonSize(70, 60);
-constexpr QSize TextButtonSize(132, 30);
-constexpr QSize WideButtonSize(270, 30);
-
-// In the order in which the Tab key goes round, from the one that has the keyboard at first.
-constexpr Control MainControls[] = {
-    {SettingsButton, SmallButtonSize},   {ConnectButton, WideButtonSize},
-    {UpButton, ImageButtonSize},         {LeftButton, ImageButtonSize},
-    {HomeButton, ImageButtonSize},       {RightButton, ImageButtonSize},
-    {ZoomInButton, ImageButtonSize},     {DownButton, ImageButtonSize},
-    {ZoomOutButton, ImageButtonSize},    {PresetButtons[0], ImageButtonSize},
-    {PresetButtons[1], ImageButtonSize}, {PresetButtons[2], ImageButtonSize},
-    {PresetButtons[3], ImageButtonSize}, {PresetButtons[4], ImageButtonSize},
-    {PresetButtons[5], ImageButtonSize}, {PresetButtons[6], ImageButtonSize},
-    {PresetButtons[7], ImageButtonSize}, {PresetButtons[8], ImageButtonSize},
-    {NumberField, TextButtonSize},       {CallButton, TextButtonSize},
-    {NameField, TextButtonSize},         {SetButton, TextButtonSize},
-};
-
-constexpr QSize CheckSize(124, 22);
-constexpr QSize LongCheckSize(150, 22);
-constexpr QSize MenuSize(122, 26);
-constexpr QSize SliderSize(230, 22);
-constexpr int SlidersMiddle = 125;
-constexpr Control SettingsControls[] = {
-    {RunOnStartUpCheck, CheckSize},
-    {PortMenu, MenuSize},
-    {BaudRateMenu, MenuSize},
-    {StartUpPresetCheck, CheckSize},
-    {StartUpPresetMenu, MenuSize},
-    {InvertPanCheck, LongCheckSize},
-    {InvertTiltCheck, LongCheckSize},
-    {QPoint(SlidersMiddle, PanSpeedHandle.y()), SliderSize},
-    {QPoint(SlidersMiddle, TiltSpeedHandle.y()), SliderSize},
-    {QPoint(SlidersMiddle, ZoomSpeedHandle.y()), SliderSize},
-};
-
-constexpr QSize HandleSize(20, 20);
-constexpr Control SliderHandles[] = {
-    {PanSpeedHandle, HandleSize},
-    {TiltSpeedHandle, HandleSize},
-    {ZoomSpeedHandle, HandleSize},
-};
-
 struct MotionButton
 {
-    QPoint place;
+    QPushButton* Ui_AppMainWin::*widget;
     const char* frame;
     const char* logLine;
     const char* stopFrame;
@@ -137,146 +49,85 @@ struct MotionButton
 };
 
 constexpr MotionButton MotionButtons[] = {
-    {UpButton, Up, "MoveUp", Stop, "MoveStop"},
-    {LeftButton, Left, "MoveLeft", Stop, "MoveStop"},
-    {RightButton, Right, "MoveRight", Stop, "MoveStop"},
-    {ZoomInButton, ZoomIn, "ZoomIn", ZoomStop, "ZoomStop"},
-    {DownButton, Down, "MoveDown", Stop, "MoveStop"},
-    {ZoomOutButton, ZoomOut, "ZoomOut", ZoomStop, "ZoomStop"},
+    {&Ui_AppMainWin::upBtn, Up, "MoveUp", Stop, "MoveStop"},
+    {&Ui_AppMainWin::leftBtn, Left, "MoveLeft", Stop, "MoveStop"},
+    {&Ui_AppMainWin::rightBtn, Right, "MoveRight", Stop, "MoveStop"},
+    {&Ui_AppMainWin::zoomInBtn, ZoomIn, "ZoomIn", ZoomStop, "ZoomStop"},
+    {&Ui_AppMainWin::downBtn, Down, "MoveDown", Stop, "MoveStop"},
+    {&Ui_AppMainWin::zoomOutBtn, ZoomOut, "ZoomOut", ZoomStop, "ZoomStop"},
 };
 
-/** A user at the screen: a fresh account, a camera on its USB adapter, and the program, connected to it. */
-class Workplace
+constexpr QPushButton* Ui_AppMainWin::*PresetButtons[] = {
+    &Ui_AppMainWin::preset1Btn, &Ui_AppMainWin::preset2Btn, &Ui_AppMainWin::preset3Btn,
+    &Ui_AppMainWin::preset4Btn, &Ui_AppMainWin::preset5Btn, &Ui_AppMainWin::preset6Btn,
+    &Ui_AppMainWin::preset7Btn, &Ui_AppMainWin::preset8Btn, &Ui_AppMainWin::preset9Btn,
+};
+
+/** Waits for a message box and checks that it says this. */
+void readBox(const QString& picture, const QString& text)
 {
-public:
-    Workplace()
-    {
-        profile.store("comport", "AUTO");
-        plugCamera();
-        pointAway();
-        start();
-    }
-
-    // What a failed test left pressed would be in the way of the next one.
-    ~Workplace()
-    {
-        releaseMouse();
-        releaseKey("space");
-    }
-    Q_DISABLE_COPY(Workplace)
-
-    void plugCamera() { port = bus.plug("1-1", WchCh340, camera.portName()); }
-
-    void start()
-    {
-        program.emplace();
-        findWindow();
-    }
-
-    void findWindow()
-    {
-        window.emplace(MainTitle);
-        window->activate();
-    }
-
-    /**
-     * Opens the settings while no port is listed: a port's name, which is another one in every run, would
-     * decide how wide its menu is.
-     */
-    Window openSettingsWithoutPorts()
-    {
-        bus.unplug(port);
-        window->activate();
-        pressKeys({"space"});
-        return openedSettings();
-    }
-
-    /** Closes the main window by its key; returns what troubleAtExit() does. */
-    QString quit()
-    {
-        window->activate();
-        pressKeys({"alt+F4"});
-        return program->troubleAtExit();
-    }
-
-    Window openSettings() const
-    {
-        window->click(SettingsButton);
-        return openedSettings();
-    }
-
-    static Window openedSettings()
-    {
-        Window settings(SettingsTitle);
-        settings.activate();
-        return settings;
-    }
-
-    /** Waits for the next frames that the camera receives. */
-    QByteArrayList received(int count)
-    {
-        QByteArrayList frames;
-        while (count-- > 0)
-            frames.append(camera.nextFrame());
-        return frames;
-    }
-
-    /** The log since the program connected. */
-    QStringList log() const { return profile.log().mid(1); }
-
-    QString stored(const QString& key) const { return profile.stored(key).toString(); }
-
-    /** Every stored setting as "key=value", in the order of the keys. */
-    QStringList allStored() const
-    {
-        QStringList lines = QSettings(profile.settingsFile(), QSettings::IniFormat).allKeys();
-        for (QString& line : lines)
-            line += '=' + stored(line);
-        return lines;
-    }
-
-    /** Whether the program has the camera's line open. */
-    bool isPortOpen() const { return program->hasOpen(camera.portName()); }
-
-    PrivateProfile profile;
-    CameraEnd camera;
-    UsbBus bus;
-    QString port;
-    std::optional<RunningProgram> program;
-    std::optional<Window> window;
-};
+    const Window box(BoxTitle);
+    QMessageBox copy;
+    copy.setText(text);
+    copy.addButton(QMessageBox::Ok)->setIcon(copy.style()->standardIcon(QStyle::SP_DialogOkButton));
+    copy.show();
+    QVERIFY_LOOKS_LIKE(box, &copy);
+    QVERIFY_LOOKS_AS_STORED(picture, box);
+}
 
 /** Presses the OK of the message box that opens. */
 void dismissBox()
 {
     const Window box(BoxTitle);
     box.activate();
-    pressKeys({"Return"});
+    desktop().pressKeys({"Return"});
     QTRY_VERIFY(!box.isOnScreen());
 }
 
 /** Opens a menu and clicks a choice; the first one has the row 0. */
-void choose(const Window& settings, const QPoint& menuPlace, int row)
+void choose(const Window& settings, QComboBox* menu, int row)
 {
-    constexpr int firstRow = 15;
-    constexpr int rowHeight = 23;
-    settings.click(menuPlace);
-    const Window menu = Window::popup();
-    menu.click(QPoint(20, firstRow + row * rowHeight));
-    QTRY_VERIFY(!menu.isOnScreen());
+    constexpr int frame = 4;
+    const int rowHeight = menu->view()->sizeHintForRow(row);
+    settings.click(menu);
+    const Window popup = Window::popup();
+    popup.click(QPoint(20, frame + row * rowHeight + rowHeight / 2));
+    QTRY_VERIFY(!popup.isOnScreen());
 }
 
-/** Drags a slider's handle to another place on its line. */
-void drag(const Window& settings, const QPoint& handle, int toX)
+/** Presses Tab in the program and in the copy of its window, and checks that the next control, and no other,
+ * shows that it has the keyboard. */
+void tabToTheNextControl(const Window& window)
 {
-    settings.press(handle);
-    settings.pointAt(QPoint(toX, handle.y()));
-    releaseMouse();
+    desktop().pressKeys({"Tab"});
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+
+    QWidget* control = QApplication::focusWidget();
+    QTRY_VERIFY(hasFocusRing(window, control));
+    QVERIFY_LOOKS_LIKE(window, control->window());
+}
+
+/** Drags a slider's handle, in the copy and in the program, as far as it goes. */
+void drag(const Window& settings, QSlider* slider, int toValue)
+{
+    settings.press(slider);
+    slider->setValue(toValue);
+    settings.pointAt(slider);
+    desktop().releaseMouse();
+}
+
+/** Holds Up, sees that it stays down until it is let go, and lets it go. */
+void holdUp(Workplace& place)
+{
+    place.window->press(place.main.upBtn);
+    QCOMPARE(place.received(1), QByteArrayList{Up});
+    QTRY_COMPARE(stateShown(*place.window, place.main.upBtn), QString("pressed"));
+    QCOMPARE(place.camera.pending(), QByteArray());
+    desktop().releaseMouse();
+    QCOMPARE(place.received(1), QByteArrayList{Stop});
 }
 
 } // namespace
-
-#define QVERIFY_LOOKS_LIKE(...) QCOMPARE(differenceFrom(__VA_ARGS__), QString())
 
 /**
  * The program as its user meets it: started, seen and steered from outside. After a change of the looks,
@@ -286,7 +137,12 @@ class RealWindowTest : public QObject
 {
     Q_OBJECT
 
+private:
+    std::optional<CopyingApplication> application;
+
 private slots:
+    void initTestCase();
+    void theStoredPicturesAreOfThisQtAndSystem();
     void holdingAButtonMovesAndReleasingItStops();
     void draggingOffAHeldButtonStopsAndDraggingBackMovesAgain();
     void homeGoesHomeAndThenZoomsOut();
@@ -304,19 +160,34 @@ private slots:
     void everySettingIsFoundAgainAfterARestart();
     void aSettingIsInForceAtTheNextPress();
     void theSettingsOpenOnceAndStayAsTheyAre();
+    void theFirstPressAfterEachChangeBetweenTheWindowsCounts();
+    void theFirstPressAfterAnotherProgramCounts();
     void anotherWindowComingToTheFrontStopsAHeldMotionOnce();
+    void aMenuThatOpensStopsAMotionThatAKeyHolds();
+    void aBoxThatOpensStopsAHeldMotion();
     void minimisingTheWindowStopsAHeldMotionOnce();
     void closingTheWindowStopsAHeldMotion();
     void closingTheMainWindowClosesTheSettingsToo();
     void withoutACameraTheErrorComesBeforeTheWindow();
     void aPulledAdapterIsReportedOnceAndConnectFindsItAgain();
     void quittingWhileConnectedFreesThePort();
-    void everyMainControlShowsThePointer();
-    void everyMainControlShowsThatItIsPressed();
+    void everyMainButtonShowsThePointerAndThatItIsPressed();
+    void everySliderShowsThePointerAndThatItIsPressed();
     void everyMainControlShowsThatItHasTheKeyboard();
     void everySettingShowsThatItHasTheKeyboard();
-    void everySliderShowsThePointerAndThatItIsPressed();
 };
+
+void RealWindowTest::initTestCase()
+{
+    application.emplace();
+}
+
+void RealWindowTest::theStoredPicturesAreOfThisQtAndSystem()
+{
+    const QString reason = whyPicturesAreLeftOut();
+    if (!reason.isEmpty())
+        QSKIP(qPrintable(reason));
+}
 
 void RealWindowTest::holdingAButtonMovesAndReleasingItStops()
 {
@@ -324,9 +195,9 @@ void RealWindowTest::holdingAButtonMovesAndReleasingItStops()
     QStringList expectedLog;
 
     for (const MotionButton& button : MotionButtons) {
-        place.window->press(button.place);
+        place.window->press(place.main.*button.widget);
         QCOMPARE(place.received(1), QByteArrayList{button.frame});
-        releaseMouse();
+        desktop().releaseMouse();
         QCOMPARE(place.received(1), QByteArrayList{button.stopFrame});
         expectedLog << button.logLine << button.stopLogLine;
     }
@@ -337,13 +208,13 @@ void RealWindowTest::draggingOffAHeldButtonStopsAndDraggingBackMovesAgain()
 {
     Workplace place;
 
-    place.window->press(LeftButton);
+    place.window->press(place.main.leftBtn);
     QCOMPARE(place.received(1), QByteArrayList{Left});
-    place.window->pointAt(HomeButton);
+    place.window->pointAt(place.main.homeBtn);
     QCOMPARE(place.received(1), QByteArrayList{Stop});
-    place.window->pointAt(LeftButton);
+    place.window->pointAt(place.main.leftBtn);
     QCOMPARE(place.received(1), QByteArrayList{Left});
-    releaseMouse();
+    desktop().releaseMouse();
     QCOMPARE(place.received(1), QByteArrayList{Stop});
 }
 
@@ -351,7 +222,7 @@ void RealWindowTest::homeGoesHomeAndThenZoomsOut()
 {
     Workplace place;
 
-    place.window->click(HomeButton);
+    place.window->click(place.main.homeBtn);
 
     QCOMPARE(place.received(2), QByteArrayList({Home, FullWide}));
     QCOMPARE(place.log(), QStringList{"Home"});
@@ -362,8 +233,8 @@ void RealWindowTest::aPresetButtonRecallsItsPreset()
     Workplace place;
 
     int preset = 0;
-    for (const QPoint& button : PresetButtons) {
-        place.window->click(button);
+    for (const auto button : PresetButtons) {
+        place.window->click(place.main.*button);
         QCOMPARE(place.received(1), QByteArrayList{recallOf(++preset)});
         QCOMPARE(place.log().constLast(), "Call Preset" + QString::number(preset));
     }
@@ -373,9 +244,9 @@ void RealWindowTest::callRecallsTheEnteredPreset()
 {
     Workplace place;
 
-    place.window->click(NumberField);
+    place.window->click(place.main.presetEdit);
     type("64");
-    place.window->click(CallButton);
+    place.window->click(place.main.callBtn);
 
     QCOMPARE(place.received(1), QByteArrayList{recallOf(64)});
     QCOMPARE(place.log(), QStringList{"Call Preset64"});
@@ -385,36 +256,39 @@ void RealWindowTest::setStoresThePresetAndItsName()
 {
     Workplace place;
 
-    place.window->click(NumberField);
+    place.window->click(place.main.presetEdit);
     type("5");
-    place.window->click(NameField);
+    place.window->click(place.main.presetNameEdit);
     type("Desk");
-    place.window->click(SetButton);
+    place.window->click(place.main.setBtn);
 
     QCOMPARE(place.received(1), QByteArrayList{storingOf(5)});
     QCOMPARE(place.log(), QStringList{"Set Preset5"});
-    QVERIFY_LOOKS_LIKE("box-preset-is-set", Window(BoxTitle));
+    readBox("box-preset-is-set", "Preset No5 is set.");
     dismissBox();
     QTRY_COMPARE(place.stored("AUTO_5"), QString("Desk"));
 
     place.window->activate();
-    place.window->pointAt(PresetButtons[4]);
-    QVERIFY_LOOKS_LIKE("tooltip-desk", Window::popup());
+    place.window->pointAt(place.main.preset5Btn);
+    const Window toolTip = Window::popup();
+    QToolTip::showText({}, "Desk", place.main.preset5Btn);
+    QVERIFY_LOOKS_LIKE(toolTip, toolTipWindow());
+    QVERIFY_LOOKS_AS_STORED("tooltip-desk", toolTip);
 }
 
 void RealWindowTest::aNumberOutOfRangeIsExplainedAndSendsNothing()
 {
     Workplace place;
-    place.window->click(NumberField);
+    place.window->click(place.main.presetEdit);
     type("65");
 
-    place.window->click(CallButton);
-    QVERIFY_LOOKS_LIKE("box-number-out-of-range", Window(BoxTitle));
+    place.window->click(place.main.callBtn);
+    readBox("box-number-out-of-range", "Please enter number between 1 and 64.");
     dismissBox();
-    place.window->click(SetButton);
+    place.window->click(place.main.setBtn);
     dismissBox();
 
-    place.window->click(PresetButtons[0]);
+    place.window->click(place.main.preset1Btn);
     QCOMPARE(place.received(1), QByteArrayList{recallOf(1)});
     QCOMPARE(place.log(), QStringList{"Call Preset1"});
 }
@@ -422,18 +296,23 @@ void RealWindowTest::aNumberOutOfRangeIsExplainedAndSendsNothing()
 void RealWindowTest::theConnectButtonClosesThePortAndOpensItAgain()
 {
     Workplace place;
-    QVERIFY_LOOKS_LIKE("main-connected", *place.window);
+    QVERIFY_LOOKS_LIKE(*place.window, &place.main.window);
+    QVERIFY_LOOKS_AS_STORED("main-connected", *place.window);
 
-    place.window->click(ConnectButton);
+    place.window->click(place.main.connectBtn);
     pointAway();
-    QVERIFY_LOOKS_LIKE("main-disconnected", *place.window);
-    place.window->click(PresetButtons[0]);
+    place.main.show(MainWindowCopy::Disconnected);
+    giveKeyboardTo(place.main.connectBtn);
+    QVERIFY_LOOKS_LIKE(*place.window, &place.main.window);
+    QVERIFY_LOOKS_AS_STORED("main-disconnected", *place.window);
+    place.window->click(place.main.preset1Btn);
     QTRY_COMPARE(place.log(), QStringList{"Call Preset1"});
 
-    place.window->click(ConnectButton);
+    place.window->click(place.main.connectBtn);
     pointAway();
-    QVERIFY_LOOKS_LIKE("main-connected", *place.window);
-    place.window->click(PresetButtons[1]);
+    place.main.show(MainWindowCopy::Connected);
+    QVERIFY_LOOKS_LIKE(*place.window, &place.main.window);
+    place.window->click(place.main.preset2Btn);
     QCOMPARE(place.received(1), QByteArrayList{recallOf(2)});
 }
 
@@ -450,32 +329,32 @@ void RealWindowTest::tabReachesEveryControlInOrder()
 {
     Workplace place;
 
-    pressKeys({"space"});
-    const Window settings = Workplace::openedSettings();
-    pressKeys({"Escape"});
+    desktop().pressKeys({"Tab", "space"});
+    const Window settings = place.openedSettings({place.port});
+    desktop().pressKeys({"Escape"});
     QTRY_VERIFY(!settings.isOnScreen());
 
     place.window->activate();
-    pressKeys({"Tab", "space"});
+    desktop().pressKeys({"Tab", "space"});
     QTRY_COMPARE(place.isPortOpen(), false);
-    pressKeys({"space"});
+    desktop().pressKeys({"space"});
     QTRY_COMPARE(place.isPortOpen(), true);
 
     const QByteArrayList framesOfMotions[] = {{Up, Stop},         {Left, Stop},       {Home, FullWide},
                                               {Right, Stop},      {ZoomIn, ZoomStop}, {Down, Stop},
                                               {ZoomOut, ZoomStop}};
     for (const QByteArrayList& frames : framesOfMotions) {
-        pressKeys({"Tab", "space"});
+        desktop().pressKeys({"Tab", "space"});
         QCOMPARE(place.received(2), frames);
     }
     for (int preset = 1; preset <= 9; ++preset) {
-        pressKeys({"Tab", "space"});
+        desktop().pressKeys({"Tab", "space"});
         QCOMPARE(place.received(1), QByteArrayList{recallOf(preset)});
     }
 
-    pressKeys({"Tab", "1", "2", "Tab", "space"});
+    desktop().pressKeys({"Tab", "1", "2", "Tab", "space"});
     QCOMPARE(place.received(1), QByteArrayList{recallOf(12)});
-    pressKeys({"Tab", "a", "Tab", "space"});
+    desktop().pressKeys({"Tab", "a", "Tab", "space"});
     QCOMPARE(place.received(1), QByteArrayList{storingOf(12)});
     dismissBox();
     QTRY_COMPARE(place.stored("AUTO_12"), QString("a"));
@@ -484,13 +363,13 @@ void RealWindowTest::tabReachesEveryControlInOrder()
 void RealWindowTest::holdingTheSpaceBarMovesOnceAndReleasingItStops()
 {
     Workplace place;
-    pressKeys({"Tab", "Tab"});
+    desktop().pressKeys({"Tab", "Tab", "Tab"});
 
-    holdKey("space");
+    desktop().holdKey("space");
     QCOMPARE(place.received(1), QByteArrayList{Up});
     QTest::qWait(FewKeyRepeatsMs);
     QCOMPARE(place.camera.pending(), QByteArray());
-    releaseKey("space");
+    desktop().releaseKey("space");
 
     QCOMPARE(place.received(1), QByteArrayList{Stop});
     QCOMPARE(place.log(), QStringList({"MoveUp", "MoveStop"}));
@@ -499,51 +378,51 @@ void RealWindowTest::holdingTheSpaceBarMovesOnceAndReleasingItStops()
 void RealWindowTest::leavingAHeldButtonWithTabStopsOnce()
 {
     Workplace place;
-    pressKeys({"Tab", "Tab"});
+    desktop().pressKeys({"Tab", "Tab", "Tab"});
 
-    holdKey("space");
+    desktop().holdKey("space");
     QCOMPARE(place.received(1), QByteArrayList{Up});
-    pressKeys({"Tab"});
+    desktop().pressKeys({"Tab"});
     QCOMPARE(place.received(1), QByteArrayList{Stop});
-    releaseKey("space");
+    desktop().releaseKey("space");
 
-    place.window->click(PresetButtons[8]);
+    place.window->click(place.main.preset9Btn);
     QCOMPARE(place.received(1), QByteArrayList{recallOf(9)});
 }
 
 void RealWindowTest::everySettingIsChangedByKeyboardAlone()
 {
     Workplace place;
-    pressKeys({"space"});
-    const Window settings = Workplace::openedSettings();
+    desktop().pressKeys({"Tab", "space"});
+    const Window settings = place.openedSettings({place.port});
 
-    pressKeys({"space"});
+    desktop().pressKeys({"Tab", "space"});
     QTRY_COMPARE(place.stored("runonstartup"), QString("true"));
-    pressKeys({"Tab", "Down"});
+    desktop().pressKeys({"Tab", "Down"});
     QTRY_COMPARE(place.stored("comport"), place.port);
-    pressKeys({"Tab", "End"});
+    desktop().pressKeys({"Tab", "End"});
     QTRY_COMPARE(place.stored("baudrate"), QString("115200"));
-    pressKeys({"Tab", "space"});
+    desktop().pressKeys({"Tab", "space"});
     QTRY_COMPARE(place.stored("isstartuppreset"), QString("true"));
-    pressKeys({"Tab", "Down", "Down"});
+    desktop().pressKeys({"Tab", "Down", "Down"});
     QTRY_COMPARE(place.stored("startuppreset"), QString("3"));
-    pressKeys({"Tab", "space"});
+    desktop().pressKeys({"Tab", "space"});
     QTRY_COMPARE(place.stored("invertpan"), QString("true"));
-    pressKeys({"Tab", "space"});
+    desktop().pressKeys({"Tab", "space"});
     QTRY_COMPARE(place.stored("inverttilt"), QString("true"));
 
-    pressKeys({"Tab", "Prior"});
+    desktop().pressKeys({"Tab", "Prior"});
     QTRY_COMPARE(place.stored("panspeed"), QString("7"));
-    pressKeys({"Right"});
+    desktop().pressKeys({"Right"});
     QTRY_COMPARE(place.stored("panspeed"), QString("8"));
-    pressKeys({"End"});
+    desktop().pressKeys({"End"});
     QTRY_COMPARE(place.stored("panspeed"), QString("18"));
-    pressKeys({"Tab", "Home"});
+    desktop().pressKeys({"Tab", "Home"});
     QTRY_COMPARE(place.stored("tiltspeed"), QString("1"));
-    pressKeys({"Tab", "Next"});
+    desktop().pressKeys({"Tab", "Next"});
     QTRY_COMPARE(place.stored("zoomspeed"), QString("3"));
 
-    pressKeys({"Escape"});
+    desktop().pressKeys({"Escape"});
     QTRY_VERIFY(!settings.isOnScreen());
 }
 
@@ -552,57 +431,58 @@ void RealWindowTest::everyMenuOffersItsChoices()
     Workplace place;
     const Window settings = place.openSettings();
 
-    settings.click(BaudRateMenu);
+    settings.click(place.settings->baudRateCombo);
     const Window menu = Window::popup();
-    QVERIFY_LOOKS_LIKE("menu-baud-rates", menu);
-    pressKeys({"Escape"});
+    place.settings->baudRateCombo->showPopup();
+    QVERIFY_LOOKS_LIKE(menu, place.settings->baudRateCombo->view()->window());
+    place.settings->baudRateCombo->hidePopup();
+    QVERIFY_LOOKS_AS_STORED("menu-baud-rates", menu);
+    desktop().pressKeys({"Return"});
     QTRY_VERIFY(!menu.isOnScreen());
     int row = 0;
     for (const char* baudRate : {"1200", "2400", "4800", "9600", "19200", "38400", "57600", "115200"}) {
-        choose(settings, BaudRateMenu, row++);
+        choose(settings, place.settings->baudRateCombo, row++);
         QTRY_COMPARE(place.stored("baudrate"), QString(baudRate));
     }
 
-    choose(settings, PortMenu, 1);
+    choose(settings, place.settings->comPortCombo, 1);
     QTRY_COMPARE(place.stored("comport"), place.port);
-    choose(settings, PortMenu, 0);
+    choose(settings, place.settings->comPortCombo, 0);
     QTRY_COMPARE(place.stored("comport"), QString("AUTO"));
 
-    settings.click(StartUpPresetCheck);
-    choose(settings, StartUpPresetMenu, 1);
+    settings.click(place.settings->startUpPresetCheck);
+    choose(settings, place.settings->startUpPresetCombo, 1);
     QTRY_COMPARE(place.stored("startuppreset"), QString("2"));
-    pressKeys({"Home"});
+    desktop().pressKeys({"Home"});
     for (int preset = 1; preset <= 64; ++preset) {
         QTRY_COMPARE(place.stored("startuppreset"), QString::number(preset));
-        pressKeys({"Down"});
+        desktop().pressKeys({"Down"});
     }
-    settings.click(StartUpPresetMenu);
-    QVERIFY_LOOKS_LIKE("menu-presets", Window::popup());
 }
 
 void RealWindowTest::everySettingIsFoundAgainAfterARestart()
 {
     Workplace place;
     Window settings = place.openSettings();
-    settings.click(RunOnStartUpCheck);
+    settings.click(place.settings->runOnStartUpCheck);
     QTRY_COMPARE(place.stored("runonstartup"), QString("true"));
-    choose(settings, PortMenu, 1);
+    choose(settings, place.settings->comPortCombo, 1);
     QTRY_COMPARE(place.stored("comport"), place.port);
-    choose(settings, BaudRateMenu, 7);
+    choose(settings, place.settings->baudRateCombo, 7);
     QTRY_COMPARE(place.stored("baudrate"), QString("115200"));
-    settings.click(StartUpPresetCheck);
+    settings.click(place.settings->startUpPresetCheck);
     QTRY_COMPARE(place.stored("isstartuppreset"), QString("true"));
-    choose(settings, StartUpPresetMenu, 10);
+    choose(settings, place.settings->startUpPresetCombo, 10);
     QTRY_COMPARE(place.stored("startuppreset"), QString("11"));
-    settings.click(InvertPanCheck);
+    settings.click(place.settings->invertPanCheck);
     QTRY_COMPARE(place.stored("invertpan"), QString("true"));
-    settings.click(InvertTiltCheck);
+    settings.click(place.settings->invertTiltCheck);
     QTRY_COMPARE(place.stored("inverttilt"), QString("true"));
-    drag(settings, PanSpeedHandle, SlidersRightEnd);
+    drag(settings, place.settings->panSpeedSlider, 18);
     QTRY_COMPARE(place.stored("panspeed"), QString("18"));
-    drag(settings, TiltSpeedHandle, SlidersLeftEnd);
+    drag(settings, place.settings->tiltSpeedSlider, 1);
     QTRY_COMPARE(place.stored("tiltspeed"), QString("1"));
-    drag(settings, ZoomSpeedHandle, SlidersRightEnd);
+    drag(settings, place.settings->zoomSpeedSlider, 7);
     QTRY_COMPARE(place.stored("zoomspeed"), QString("7"));
     pointAway();
     QCOMPARE(place.quit(), QString());
@@ -616,7 +496,15 @@ void RealWindowTest::everySettingIsFoundAgainAfterARestart()
     place.start();
     QCOMPARE(place.received(1), QByteArrayList{recallOf(11)});
     settings = place.openSettingsWithoutPorts();
-    QVERIFY_LOOKS_LIKE("settings-changed", settings);
+    SettingsCopy& copy = *place.settings;
+    for (QCheckBox* check : copy.dialog.findChildren<QCheckBox*>())
+        check->setChecked(true);
+    copy.baudRateCombo->setCurrentText("Baud115200");
+    copy.startUpPresetCombo->setCurrentText("PRESET11");
+    copy.startUpPresetCombo->setEnabled(true);
+    copy.setSpeeds(18, 1, 7);
+    QVERIFY_LOOKS_LIKE(settings, &copy.dialog);
+    QVERIFY_LOOKS_AS_STORED("settings-changed", settings);
     // Opening the settings has put the port back to automatic detection, and nothing else.
     expected.replaceInStrings(place.port, "AUTO");
     QTRY_COMPARE(place.allStored(), expected);
@@ -627,11 +515,11 @@ void RealWindowTest::aSettingIsInForceAtTheNextPress()
     Workplace place;
     const Window settings = place.openSettings();
 
-    drag(settings, PanSpeedHandle, SlidersRightEnd);
+    drag(settings, place.settings->panSpeedSlider, 18);
     QTRY_COMPARE(place.stored("panspeed"), QString("18"));
-    settings.click(InvertTiltCheck);
+    settings.click(place.settings->invertTiltCheck);
     QTRY_COMPARE(place.stored("inverttilt"), QString("true"));
-    place.window->click(UpButton);
+    place.window->click(place.main.upBtn);
 
     QCOMPARE(place.received(2), QByteArrayList({"81 01 06 01 12 05 03 02 ff", "81 01 06 01 12 05 03 03 ff"}));
     QCOMPARE(place.log(), QStringList({"MoveDown", "MoveStop"}));
@@ -641,15 +529,50 @@ void RealWindowTest::theSettingsOpenOnceAndStayAsTheyAre()
 {
     Workplace place;
     const Window settings = place.openSettings();
-    choose(settings, PortMenu, 1);
+    choose(settings, place.settings->comPortCombo, 1);
     QTRY_COMPARE(place.stored("comport"), place.port);
 
-    place.window->click(SettingsButton);
-    place.window->click(PresetButtons[0]);
+    place.window->click(place.main.settingsBtn);
+    place.window->click(place.main.preset1Btn);
     QCOMPARE(place.received(1), QByteArrayList{recallOf(1)});
 
     QVERIFY(settings.isOnScreen());
     QCOMPARE(place.stored("comport"), place.port);
+}
+
+void RealWindowTest::theFirstPressAfterEachChangeBetweenTheWindowsCounts()
+{
+    Workplace place;
+    const Window settings = place.openSettings();
+
+    for (int round = 0; round < 3; ++round) {
+        settings.click(place.settings->startUpPresetCheck);
+        QTRY_COMPARE(place.stored("isstartuppreset"), QString("true"));
+        holdUp(place);
+        settings.click(place.settings->startUpPresetCheck);
+        QTRY_COMPARE(place.stored("isstartuppreset"), QString("false"));
+        place.window->click(place.main.preset1Btn);
+        QCOMPARE(place.received(1), QByteArrayList{recallOf(1)});
+    }
+}
+
+void RealWindowTest::theFirstPressAfterAnotherProgramCounts()
+{
+    Workplace place;
+    const Window settings = place.openSettings();
+    const RunningProgram otherProgram(VANTREL_CAMERA_PATH, {"--view"});
+    const Window other("Simulated camera");
+
+    for (int round = 0; round < 3; ++round) {
+        other.activate();
+        holdUp(place);
+        other.activate();
+        place.window->click(place.main.preset1Btn);
+        QCOMPARE(place.received(1), QByteArrayList{recallOf(1)});
+        other.activate();
+        settings.click(place.settings->startUpPresetCheck);
+        QTRY_COMPARE(place.stored("isstartuppreset"), QString(round % 2 == 0 ? "true" : "false"));
+    }
 }
 
 void RealWindowTest::anotherWindowComingToTheFrontStopsAHeldMotionOnce()
@@ -657,28 +580,66 @@ void RealWindowTest::anotherWindowComingToTheFrontStopsAHeldMotionOnce()
     Workplace place;
     const Window settings = place.openSettings();
 
-    place.window->press(UpButton);
+    place.window->press(place.main.upBtn);
     QCOMPARE(place.received(1), QByteArrayList{Up});
-    pressKeys({"alt+Tab"});
+    desktop().pressKeys({"alt+Tab"});
     QCOMPARE(place.received(1), QByteArrayList{Stop});
-    releaseMouse();
+    desktop().releaseMouse();
 
-    place.window->click(PresetButtons[8]);
+    place.window->click(place.main.preset9Btn);
     QCOMPARE(place.received(1), QByteArrayList{recallOf(9)});
+}
+
+void RealWindowTest::aMenuThatOpensStopsAMotionThatAKeyHolds()
+{
+    Workplace place;
+    desktop().pressKeys({"Tab", "Tab", "Tab"});
+
+    desktop().holdKey("space");
+    QCOMPARE(place.received(1), QByteArrayList{Up});
+    place.window->pointAt(place.main.presetEdit);
+    desktop().pressMouse(Qt::RightButton);
+    desktop().releaseMouse(Qt::RightButton);
+    QCOMPARE(place.received(1), QByteArrayList{Stop});
+    const Window menu = Window::popup();
+    desktop().releaseKey("space");
+    desktop().pressKeys({"Escape"});
+    QTRY_VERIFY(!menu.isOnScreen());
+
+    place.window->click(place.main.preset9Btn);
+    QCOMPARE(place.received(1), QByteArrayList{recallOf(9)});
+}
+
+void RealWindowTest::aBoxThatOpensStopsAHeldMotion()
+{
+    Workplace place;
+
+    place.window->press(place.main.upBtn);
+    QCOMPARE(place.received(1), QByteArrayList{Up});
+    place.bus.unplug(place.port);
+    place.camera.pull();
+    const Window box(BoxTitle);
+    QTRY_COMPARE(place.log(), QStringList({"MoveUp", "MoveStop"}));
+    desktop().releaseMouse();
+    dismissBox();
+
+    place.main.show(MainWindowCopy::Disconnected);
+    place.window->click(place.main.preset9Btn);
+    QTRY_COMPARE(place.log(), QStringList({"MoveUp", "MoveStop", "Call Preset9"}));
 }
 
 void RealWindowTest::minimisingTheWindowStopsAHeldMotionOnce()
 {
     Workplace place;
 
-    place.window->press(ZoomInButton);
+    place.window->press(place.main.zoomInBtn);
     QCOMPARE(place.received(1), QByteArrayList{ZoomIn});
     place.window->minimise();
     QCOMPARE(place.received(1), QByteArrayList{ZoomStop});
-    releaseMouse();
+    desktop().releaseMouse();
 
     place.window->activate();
-    place.window->click(PresetButtons[8]);
+    place.window->click(place.main.preset9Btn);
     QCOMPARE(place.received(1), QByteArrayList{recallOf(9)});
 }
 
@@ -686,7 +647,7 @@ void RealWindowTest::closingTheWindowStopsAHeldMotion()
 {
     Workplace place;
 
-    place.window->press(UpButton);
+    place.window->press(place.main.upBtn);
     QCOMPARE(place.received(1), QByteArrayList{Up});
     QCOMPARE(place.quit(), QString());
 
@@ -713,22 +674,25 @@ void RealWindowTest::withoutACameraTheErrorComesBeforeTheWindow()
     // A name of this test's own: another program that tries the same port at the same moment locks it.
     place.profile.store("comport", place.port);
 
-    place.program.emplace();
-    QVERIFY_LOOKS_LIKE("box-no-camera", Window(BoxTitle));
+    place.program.emplace(VANTREL_PATH);
+    readBox("box-no-camera", "No such file or directory");
     QVERIFY(!Window::isOnScreen(MainTitle));
     dismissBox();
     place.findWindow();
-    QVERIFY_LOOKS_LIKE("main-no-camera", *place.window);
+    MainWindowCopy unconnected(MainWindowCopy::NeverConnected);
+    QVERIFY_LOOKS_LIKE(*place.window, &unconnected.window);
+    QVERIFY_LOOKS_AS_STORED("main-no-camera", *place.window);
 
     // Opening the settings puts the port to automatic detection.
-    pressKeys({"space"});
-    const Window settings = Workplace::openedSettings();
-    pressKeys({"Escape"});
+    place.window->click(unconnected.settingsBtn);
+    const Window settings = place.openedSettings({place.port});
+    desktop().pressKeys({"Escape"});
     QTRY_VERIFY(!settings.isOnScreen());
     place.plugCamera();
-    place.window->click(ConnectButton);
+    place.window->click(unconnected.connectBtn);
     pointAway();
-    QVERIFY_LOOKS_LIKE("main-connected", *place.window);
+    giveKeyboardTo(place.main.connectBtn);
+    QVERIFY_LOOKS_LIKE(*place.window, &place.main.window);
 }
 
 void RealWindowTest::aPulledAdapterIsReportedOnceAndConnectFindsItAgain()
@@ -740,16 +704,20 @@ void RealWindowTest::aPulledAdapterIsReportedOnceAndConnectFindsItAgain()
     dismissBox();
     QVERIFY(!Window::isOnScreen(BoxTitle));
     pointAway();
-    QVERIFY_LOOKS_LIKE("main-disconnected", *place.window);
-    place.window->click(UpButton);
+    place.main.show(MainWindowCopy::Disconnected);
+    QVERIFY_LOOKS_LIKE(*place.window, &place.main.window);
+    place.window->click(place.main.upBtn);
     QTRY_COMPARE(place.log(), QStringList({"MoveUp", "MoveStop"}));
 
     CameraEnd cameraAgain;
     place.port = place.bus.plug("1-1", WchCh340, cameraAgain.portName());
-    place.window->click(ConnectButton);
+    place.window->click(place.main.connectBtn);
+    QTRY_COMPARE(place.log(), QStringList({"MoveUp", "MoveStop", place.port}));
     pointAway();
-    QVERIFY_LOOKS_LIKE("main-connected", *place.window);
-    place.window->click(PresetButtons[1]);
+    place.main.show(MainWindowCopy::Connected);
+    giveKeyboardTo(place.main.connectBtn);
+    QVERIFY_LOOKS_LIKE(*place.window, &place.main.window);
+    place.window->click(place.main.preset2Btn);
     QCOMPARE(cameraAgain.nextFrame(), recallOf(2));
     QCOMPARE(place.log(), QStringList({"MoveUp", "MoveStop", place.port, "Call Preset2"}));
     QCOMPARE(place.quit(), QString());
@@ -764,56 +732,26 @@ void RealWindowTest::quittingWhileConnectedFreesThePort()
     QVERIFY(!place.isPortOpen());
 
     place.start();
-    place.window->click(PresetButtons[0]);
+    place.window->click(place.main.preset1Btn);
     QCOMPARE(place.received(1), QByteArrayList{recallOf(1)});
 }
 
-void RealWindowTest::everyMainControlShowsThePointer()
+void RealWindowTest::everyMainButtonShowsThePointerAndThatItIsPressed()
 {
     Workplace place;
 
-    for (const Control& control : MainControls) {
+    const auto buttons = place.main.window.findChildren<QPushButton*>();
+    QCOMPARE(buttons.size(), 20);
+    for (const QPushButton* button : buttons) {
         // Near its lower edge, so that the tooltip opens below it.
-        place.window->pointAt(control.middle + QPoint(0, control.size.height() / 2 - 4));
-        QVERIFY_LOOKS_LIKE("main-hovered", *place.window, control.area());
-    }
-}
-
-void RealWindowTest::everyMainControlShowsThatItIsPressed()
-{
-    Workplace place;
-
-    for (const Control& control : MainControls) {
-        place.window->press(control.middle);
-        QVERIFY_LOOKS_LIKE("main-pressed", *place.window, control.area());
+        const QRect area = place.window->areaOf(button);
+        place.window->pointAt(QPoint(area.center().x(), area.bottom() - 3));
+        QTRY_COMPARE(stateShown(*place.window, button), QString("under the pointer"));
+        desktop().pressMouse();
+        QTRY_COMPARE(stateShown(*place.window, button), QString("pressed"));
         pointAway();
-        releaseMouse();
-    }
-}
-
-void RealWindowTest::everyMainControlShowsThatItHasTheKeyboard()
-{
-    Workplace place;
-
-    pressKeys({"shift+Tab"});
-    for (const Control& control : MainControls) {
-        pressKeys({"Tab"});
-        QVERIFY_LOOKS_LIKE("main-focused", *place.window, control.area());
-    }
-}
-
-void RealWindowTest::everySettingShowsThatItHasTheKeyboard()
-{
-    Workplace place;
-    const Window settings = place.openSettingsWithoutPorts();
-    QVERIFY_LOOKS_LIKE("settings", settings);
-    settings.click(StartUpPresetCheck);
-    pointAway();
-
-    pressKeys({"shift+Tab", "shift+Tab", "shift+Tab", "shift+Tab"});
-    for (const Control& control : SettingsControls) {
-        pressKeys({"Tab"});
-        QVERIFY_LOOKS_LIKE("settings-focused", settings, control.area());
+        desktop().releaseMouse();
+        QTRY_COMPARE(stateShown(*place.window, button), QString("at rest"));
     }
 }
 
@@ -822,15 +760,45 @@ void RealWindowTest::everySliderShowsThePointerAndThatItIsPressed()
     Workplace place;
     const Window settings = place.openSettings();
 
-    for (const Control& handle : SliderHandles) {
-        settings.pointAt(handle.middle);
-        QVERIFY_LOOKS_LIKE("settings-hovered", settings, handle.area());
-        settings.press(handle.middle);
-        QVERIFY_LOOKS_LIKE("settings-pressed", settings, handle.area());
-        releaseMouse();
+    const auto sliders = place.settings->dialog.findChildren<QSlider*>();
+    QCOMPARE(sliders.size(), 3);
+    for (const QSlider* slider : sliders) {
+        QTRY_COMPARE(stateShown(settings, slider), QString("at rest"));
+        settings.pointAt(slider);
+        QTRY_COMPARE(stateShown(settings, slider), QString("under the pointer"));
+        desktop().pressMouse();
+        QTRY_COMPARE(stateShown(settings, slider), QString("pressed"));
+        desktop().releaseMouse();
     }
 }
 
-QTEST_MAIN(RealWindowTest)
+void RealWindowTest::everyMainControlShowsThatItHasTheKeyboard()
+{
+    Workplace place;
+    giveKeyboardTo(place.main.centralWidget);
+
+    for (int control = 0; control < 22 && !QTest::currentTestFailed(); ++control)
+        tabToTheNextControl(*place.window);
+    QCOMPARE(QApplication::focusWidget(), place.main.setBtn);
+}
+
+void RealWindowTest::everySettingShowsThatItHasTheKeyboard()
+{
+    Workplace place;
+    const Window settings = place.openSettingsWithoutPorts();
+    QVERIFY_LOOKS_LIKE(settings, &place.settings->dialog);
+    QVERIFY_LOOKS_AS_STORED("settings", settings);
+    settings.click(place.settings->startUpPresetCheck);
+    pointAway();
+    place.settings->startUpPresetCheck->setChecked(true);
+    place.settings->startUpPresetCombo->setEnabled(true);
+    giveKeyboardTo(place.settings->startUpPresetCheck);
+
+    for (int control = 0; control < 10 && !QTest::currentTestFailed(); ++control)
+        tabToTheNextControl(settings);
+    QCOMPARE(QApplication::focusWidget(), place.settings->startUpPresetCheck);
+}
+
+QTEST_APPLESS_MAIN(RealWindowTest)
 
 #include "RealWindowTest.moc"

@@ -7,19 +7,14 @@
 
 #include <algorithm>
 
-RunningProgram::RunningProgram()
+RunningProgram::RunningProgram(const QString& path, const QStringList& arguments)
 {
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("DBUS_SESSION_BUS_ADDRESS", "disabled:");
-    environment.insert("FONTCONFIG_FILE", SOURCE_DIR "/tests/window/fonts.conf");
-    environment.insert("LC_ALL", "C.UTF-8");
     environment.insert("QT_FATAL_WARNINGS", "1");
-    environment.insert("QT_FONT_DPI", "96");
-    environment.insert("QT_QPA_PLATFORMTHEME", "generic");
-    environment.insert("QT_SCALE_FACTOR", "1");
     process.setProcessEnvironment(environment);
     process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start(VANTREL_PATH, {"-style", "fusion"});
+    process.start(path, QStringList({"-style", "fusion"}) + arguments);
 }
 
 RunningProgram::~RunningProgram()

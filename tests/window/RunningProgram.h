@@ -3,13 +3,13 @@
 #include <QProcess>
 
 /**
- * The built program in a process of its own, in the account and with the serial ports of this process. Its
- * look depends on nothing of the machine: one font, one style, one resolution. A warning of Qt ends it.
+ * A built program in a process of its own, in the account, with the serial ports and with the look of this
+ * process. A warning of Qt ends it.
  */
 class RunningProgram
 {
 public:
-    RunningProgram();
+    explicit RunningProgram(const QString& path, const QStringList& arguments = {});
 
     /** Ends the program if it still runs; the test fails if the program does not end with success. */
     ~RunningProgram();

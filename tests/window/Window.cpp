@@ -1,67 +1,44 @@
 #include "window/Window.h"
 
-#include <QGuiApplication>
-#include <QPixmap>
-#include <QProcess>
-#include <QRegularExpression>
-#include <QScreen>
+#include "support/Form.h"
+#include "window/Desktop.h"
+
+#include <QCheckBox>
+#include <QSlider>
 #include <QtTest>
 
 namespace {
 
-constexpr char ProgramClass[] = "^Vantrel$";
 constexpr int AppearMs = 10000;
 
-// What xdotool prints, its errors included. That an action failed shows in what the window does then.
-QString xdotool(const QStringList& arguments)
+// Of the widget in its window.
+QRect areaInWindow(const QWidget* widget)
 {
-    QProcess process;
-    process.setProcessChannelMode(QProcess::MergedChannels);
-    process.start("xdotool", arguments);
-    if (!process.waitForFinished())
-        qFatal("xdotool %s: %s", qPrintable(arguments.join(' ')), qPrintable(process.errorString()));
-    return QString::fromLocal8Bit(process.readAll()).trimmed();
+    return {widget->mapTo(widget->window(), QPoint(0, 0)), widget->size()};
 }
 
-QStringList titled(const QString& title)
+QString sizeText(const QSize& size)
 {
-    return {"--name", '^' + QRegularExpression::escape(title) + '$'};
-}
-
-// The windows on the screen that match, one identifier a line.
-QString findWindows(const QStringList& conditions)
-{
-    QString found;
-    // A window that goes while xdotool looks at it ends the search.
-    do
-        found = xdotool(QStringList{"search", "--onlyvisible"} + conditions);
-    while (found.contains("BadWindow"));
-    return found;
-}
-
-QStringList pointing(const QString& window, const QPoint& place)
-{
-    return {"mousemove", "--window", window, QString::number(place.x()), QString::number(place.y())};
+    return QString("%1 x %2").arg(size.width()).arg(size.height());
 }
 
 } // namespace
 
 Window::Window(const QString& title)
-    : Window(titled(title), title)
+    : Window([&title] { return desktop().findWindow(title); }, title)
 {
 }
 
 Window Window::popup()
 {
-    // The window manager puts every other window of the program into a frame.
-    return Window({"--maxdepth", "1", "--class", ProgramClass}, "a menu or tooltip");
+    return Window([] { return desktop().findPopup(); }, "a menu or tooltip");
 }
 
-Window::Window(const QStringList& conditions, const QString& description)
+Window::Window(const std::function<QString()>& find, const QString& description)
 {
     static_cast<void>(QTest::qWaitFor(
         [&] {
-            id = findWindows(conditions);
+            id = find();
             return !id.isEmpty();
         },
         AppearMs));
@@ -71,76 +48,93 @@ Window::Window(const QStringList& conditions, const QString& description)
 
 bool Window::isOnScreen(const QString& title)
 {
-    return !findWindows(titled(title)).isEmpty();
+    return !desktop().findWindow(title).isEmpty();
 }
 
 bool Window::isOnScreen() const
 {
-    return findWindows({"--class", ProgramClass}).split('\n').contains(id);
+    return desktop().isOnScreen(id);
 }
 
 void Window::activate() const
 {
-    xdotool({"windowactivate", "--sync", id});
+    desktop().activate(id);
     // A minimised window is active already while it is still on its way back.
     QTRY_VERIFY(isOnScreen());
 }
 
 void Window::minimise() const
 {
-    xdotool({"windowminimize", "--sync", id});
+    desktop().minimise(id);
+}
+
+QRect Window::areaOf(const QWidget* control) const
+{
+    // The copy's layout needs its time, too.
+    const QWidget* copy = control->window();
+    if (!QTest::qWaitFor([&] { return desktop().sizeOf(id) == copy->size(); })) {
+        const QString sizes = sizeText(desktop().sizeOf(id)) + ", its copy's " + sizeText(copy->size());
+        QTest::qFail(qPrintable("the window's size is " + sizes), __FILE__, __LINE__);
+    }
+    return areaInWindow(control);
+}
+
+QPoint Window::spotOf(const QWidget* control) const
+{
+    const QRect area = areaOf(control);
+    if (const auto* check = qobject_cast<const QCheckBox*>(control))
+        return area.topLeft() + indicator(check).center();
+    if (const auto* slider = qobject_cast<const QSlider*>(control))
+        return area.topLeft() + handle(slider).center();
+    return area.center();
 }
 
 void Window::pointAt(const QPoint& place) const
 {
-    xdotool(pointing(id, place));
+    desktop().pointAt(place, id);
+}
+
+void Window::pointAt(const QWidget* control) const
+{
+    pointAt(spotOf(control));
 }
 
 void Window::press(const QPoint& place) const
 {
-    xdotool(pointing(id, place) + QStringList{"mousedown", "1"});
+    pointAt(place);
+    desktop().pressMouse();
+}
+
+void Window::press(const QWidget* control) const
+{
+    press(spotOf(control));
 }
 
 void Window::click(const QPoint& place) const
 {
-    xdotool(pointing(id, place) + QStringList{"click", "1"});
+    pointAt(place);
+    desktop().clickMouse();
+}
+
+void Window::click(const QWidget* control) const
+{
+    click(spotOf(control));
 }
 
 QImage Window::picture() const
 {
-    return QGuiApplication::primaryScreen()
-        ->grabWindow(static_cast<WId>(id.toULongLong()))
-        .toImage()
-        .convertToFormat(QImage::Format_RGB32);
-}
-
-void releaseMouse()
-{
-    xdotool({"mouseup", "1"});
+    return desktop().pictureOf(id).convertToFormat(QImage::Format_RGB32);
 }
 
 void pointAway()
 {
-    const QPoint corner = QGuiApplication::primaryScreen()->geometry().bottomRight();
-    xdotool({"mousemove", QString::number(corner.x()), QString::number(corner.y())});
-}
-
-void pressKeys(const QStringList& keys)
-{
-    xdotool(QStringList("key") + keys);
-}
-
-void holdKey(const QString& key)
-{
-    xdotool({"keydown", key});
-}
-
-void releaseKey(const QString& key)
-{
-    xdotool({"keyup", key});
+    desktop().pointAt(QPoint(Desktop::ScreenSize.width() - 1, Desktop::ScreenSize.height() - 1));
 }
 
 void type(const QString& text)
 {
-    xdotool({"type", text});
+    QStringList keys;
+    for (const QChar letter : text)
+        keys.append(letter.isUpper() ? QString("shift+") + letter.toLower() : QString(letter));
+    desktop().pressKeys(keys);
 }

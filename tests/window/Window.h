@@ -2,12 +2,17 @@
 
 #include <QImage>
 #include <QPoint>
+#include <QRect>
 #include <QString>
-#include <QStringList>
+
+#include <functional>
+
+class QWidget;
 
 /**
- * A window of the running program, used as a person uses it: through the screen, the pointer and the keyboard
- * of the X server. Places are in pixels from the upper left corner of the window's content.
+ * A window of the running program on the desktop(). Where its controls are is known from a copy of it in this
+ * process: a place is given by a widget of the copy, which stands for where one presses it, or in pixels from
+ * the upper left corner of the window's content.
  */
 class Window
 {
@@ -22,41 +27,41 @@ public:
     static bool isOnScreen(const QString& title);
     bool isOnScreen() const;
 
-    /** Brings the window to the front and waits until it has the keyboard. */
+    /** Brings the window to the front and waits until it is there. */
     void activate() const;
 
     /** Takes the window off the screen as its minimise button does. */
     void minimise() const;
 
+    /** Where this window has what its copy has there; the test fails unless both have the same size. */
+    QRect areaOf(const QWidget* control) const;
+
+    /** Where one presses the control: on the box of a check box, the handle of a slider, the middle of any
+     * other. */
+    QPoint spotOf(const QWidget* control) const;
+
     void pointAt(const QPoint& place) const;
+    void pointAt(const QWidget* control) const;
 
-    /** Points at the place and holds the left mouse button down there. */
+    /** Points there and holds the left mouse button down. */
     void press(const QPoint& place) const;
+    void press(const QWidget* control) const;
 
-    /** Presses and releases there, at the pace of a quick finger. */
+    /** Presses and releases the left mouse button there. */
     void click(const QPoint& place) const;
+    void click(const QWidget* control) const;
 
     /** What the screen shows where the window is. */
     QImage picture() const;
 
 private:
-    Window(const QStringList& conditions, const QString& description);
+    Window(const std::function<QString()>& find, const QString& description);
 
     QString id;
 };
 
-/** Lets the left mouse button go. */
-void releaseMouse();
-
 /** Points at the corner of the screen where no window is. */
 void pointAway();
 
-/** Presses keys and lets each go, one after the other, e.g. {"Tab", "alt+F4"}, in the window that has the
- * keyboard. */
-void pressKeys(const QStringList& keys);
-
-/** Holds a key down until releaseKey(); the X server repeats it as it repeats a key of a real keyboard. */
-void holdKey(const QString& key);
-void releaseKey(const QString& key);
-
+/** Types letters and digits. */
 void type(const QString& text);

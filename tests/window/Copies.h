@@ -1,0 +1,73 @@
+#pragma once
+
+#include "ui/AppFocusRing.h"
+#include "ui_AppMainWin.h"
+#include "ui_AppSettingWin.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QLabel>
+#include <QMainWindow>
+
+#include <optional>
+
+/**
+ * The application object behind the copies. It gives this process, and the program when it is started from
+ * here, one look on every machine: one font, one style, one resolution. What this process shows is seen by
+ * nobody.
+ */
+class CopyingApplication
+{
+public:
+    CopyingApplication();
+
+private:
+    int count = 3;
+    char name[7] = "copies";
+    char platform[10] = "-platform";
+    char offscreen[10] = "offscreen";
+    char* arguments[4] = {name, platform, offscreen, nullptr};
+    std::optional<QApplication> application;
+};
+
+/**
+ * The main window's form in this process, in the same font and style: as the program lays it out and draws
+ * it. So it tells where the controls are, and how they look, with every version of Qt.
+ */
+struct MainWindowCopy : Ui_AppMainWin
+{
+    /** What tells whether the camera is connected. */
+    struct State
+    {
+        const char* connectButton;
+        const char* status;
+    };
+
+    static constexpr State Connected{"Disconnect", "Connected to Port: AUTO\tBaudRate: 9600"};
+    static constexpr State Disconnected{"Connect", "Device disconnected"};
+    static constexpr State NeverConnected{"Connect", ""};
+
+    /** @param first the state in which the program starts, which decides how wide the window is at least */
+    explicit MainWindowCopy(const State& first);
+
+    void show(const State& state);
+
+    QMainWindow window;
+    AppFocusRing ring{&window};
+    QLabel status;
+};
+
+/** The same for the settings, with the values of a fresh account. */
+struct SettingsCopy : Ui_AppSettingWin
+{
+    /** @param ports the ports that are listed besides AUTO */
+    explicit SettingsCopy(const QStringList& ports);
+
+    void setSpeeds(int pan, int tilt, int zoom);
+
+    QDialog dialog;
+    AppFocusRing ring{&dialog};
+};
+
+/** Gives a control of a copy the keyboard of this process, as it has that of the program. */
+void giveKeyboardTo(QWidget* control);
