@@ -1,13 +1,20 @@
 #include "window/Desktop.h"
 
+#include "window/WaylandDesktop.h"
 #include "window/X11Desktop.h"
 
 #include <QProcess>
 
+#include <memory>
+
 Desktop& desktop()
 {
-    static X11Desktop own;
-    return own;
+    static const auto own = []() -> std::unique_ptr<Desktop> {
+        if (qgetenv("QT_QPA_PLATFORM") == "wayland")
+            return std::make_unique<WaylandDesktop>();
+        return std::make_unique<X11Desktop>();
+    }();
+    return *own;
 }
 
 QByteArray outputOf(const QString& tool, const QStringList& arguments)

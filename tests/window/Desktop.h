@@ -9,12 +9,12 @@
 
 /**
  * The display that the program is shown on, with the mouse and the keyboard in front of it: what a person
- * sees and does. A window is known by an identifier.
+ * sees and does, on X11 and on Wayland. A window is known by an identifier.
  */
 class Desktop
 {
 public:
-    /** In pixels; tests/support/on-display makes it. */
+    /** In pixels; tests/support/on-display and sway/config make it. */
     static constexpr QSize ScreenSize{1280, 1024};
 
     Desktop() = default;
@@ -67,7 +67,7 @@ public:
     virtual void releaseKey(const QString& key) = 0;
 };
 
-/** The display of this process. */
+/** The display of this process: that on which the platform in QT_QPA_PLATFORM shows the program. */
 Desktop& desktop();
 
 /** What a tool of the display prints, its errors included; ends the test if it cannot be run. */

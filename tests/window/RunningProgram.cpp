@@ -12,6 +12,8 @@ RunningProgram::RunningProgram(const QString& path, const QStringList& arguments
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert("DBUS_SESSION_BUS_ADDRESS", "disabled:");
     environment.insert("QT_FATAL_WARNINGS", "1");
+    // Qt asks Wayland to activate windows, and warns that it cannot.
+    environment.insert("QT_LOGGING_RULES", "qt.qpa.wayland.warning=false");
     process.setProcessEnvironment(environment);
     process.setProcessChannelMode(QProcess::MergedChannels);
     process.start(path, QStringList({"-style", "fusion"}) + arguments);
