@@ -197,7 +197,7 @@ void ViscaCamera::cancel(int socketNumber)
 void ViscaCamera::clearSockets()
 {
     for (Socket& socket : sockets)
-        release(socket);
+        socket.state = Socket::State::Free;
 }
 
 // A free socket; where there is none, that of a command which a newer one that moves `parts` ends anyway.

@@ -38,7 +38,8 @@
  *  - In standby it refuses each command but power. Inquiries are answered, and so is what keeps the line in
  * order: address set, interface clear and cancel. Switched on, it stands where it stood, and its registers
  * are as after power-on.
- *  - Interface clear empties the sockets without a word and stops a Home or recall; a drive goes on.
+ *  - Interface clear empties the sockets without a word and stops nothing. The strict rules no longer protect
+ * a Home or recall that goes on so.
  *
  * Any byte stream is survived with bounded memory.
  */

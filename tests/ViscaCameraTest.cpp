@@ -89,7 +89,7 @@ private slots:
     void cancelStopsTheZoomOfARecall();
     void cancelOfAFreeSocketIsRefused_data();
     void cancelOfAFreeSocketIsRefused();
-    void interfaceClearEmptiesTheSocketsAndStopsHome();
+    void interfaceClearEmptiesTheSocketsAndStopsNothing();
     void broadcastsAreAnswered();
     void versionIsTold();
     void positionsAreTold();
@@ -671,17 +671,20 @@ void ViscaCameraTest::cancelOfAFreeSocketIsRefused()
     QCOMPARE(desk.send(frame), QStringList(reply));
 }
 
-void ViscaCameraTest::interfaceClearEmptiesTheSocketsAndStopsHome()
+void ViscaCameraTest::interfaceClearEmptiesTheSocketsAndStopsNothing()
 {
     CameraDesk desk;
-    desk.send(driveRight, 2s);
-    desk.send(driveStop);
-    desk.send(home, 50ms);
+    desk.send(store5);
+    desk.send(driveRight, 1s);
+    desk.send(zoomTele, 1s);
+    desk.send(recall5, 50ms);
     QCOMPARE(desk.send(interfaceClear), QStringList("25: 90 50 ff"));
-    const double stopped = desk.camera.position().pan;
-    QVERIFY(stopped > 0);
-    QVERIFY(desk.wait(3s).isEmpty());
-    QCOMPARE(desk.camera.position().pan, stopped);
+    QCOMPARE(desk.send(cancel1), QStringList("25: 90 61 05 ff"));
+    QVERIFY(desk.camera.isMoving());
+    QVERIFY2(desk.wait(5s).isEmpty(), "nobody waits for it any more");
+    QCOMPARE(desk.camera.position().pan, 0.0);
+    QCOMPARE(desk.camera.position().zoom, 0.0);
+
     QCOMPARE(desk.send(driveUp), acknowledgedAndCompleted());
     QCOMPARE(desk.send(interfaceClear), QStringList("25: 90 50 ff"));
     const double before = desk.camera.position().tilt;
@@ -697,7 +700,7 @@ void ViscaCameraTest::broadcastsAreAnswered()
     desk.send(home, 50ms);
     QCOMPARE(desk.send("88 01 00 01 ff"), QStringList("25: 88 01 00 01 ff"));
     QVERIFY(desk.wait(3s).isEmpty());
-    QVERIFY(desk.camera.position().pan > 0);
+    QCOMPARE(desk.camera.position().pan, 0.0);
 }
 
 void ViscaCameraTest::versionIsTold()
