@@ -36,9 +36,10 @@ const char* const description =
 const char* const frameLegend =
     "Frames it understands. x is the address, V and W are the speeds of pan and tilt, Y and Z their\n"
     "positions; h and v are 1 for left or up, 2 for right or down, 3 for neither; w is 1 for the corner\n"
-    "up-right, 0 for down-left. p is the value in its range, the preset, the position, the address, or of\n"
-    "zoom and focus 00 for stop, 02 for tele or far, 03 for wide or near, 2p and 3p the same at speed p.\n"
-    "s is the socket, or 0 for reset, 2 for up, 3 for down.";
+    "up-right, 0 for down-left. p is the value in its range (in 2-3, 2 is on or automatic, 3 is off or\n"
+    "manual), the preset, the position, the block, the address, or of zoom and focus 00 for stop, 02 for\n"
+    "tele or far, 03 for wide or near, 2p and 3p the same at speed p. s is the socket, or 0 for reset,\n"
+    "2 for up, 3 for down.";
 
 // The value of `name` as a whole number between `lowest` and `highest`; nothing if the option is not given.
 std::optional<qint64> wholeNumber(const QCommandLineParser& parser, const QString& name, qint64 lowest,

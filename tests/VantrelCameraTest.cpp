@@ -71,6 +71,14 @@ QString textOf(const QString& path)
     return QString::fromUtf8(file.readAll());
 }
 
+// What the letters in frames stand for, wherever its lines are broken and whatever is in italics.
+QString legendIn(QString text)
+{
+    static const QRegularExpression italics("^\\.I ", QRegularExpression::MultilineOption);
+    static const QRegularExpression legend("x is the address,.* 3 for down\\.");
+    return legend.match(text.remove(italics).simplified()).captured();
+}
+
 } // namespace
 
 class VantrelCameraTest : public QObject
@@ -110,6 +118,8 @@ private slots:
     void helpAndVersionAreTold();
     void theListOfFramesIsThatOfTheTables_data();
     void theListOfFramesIsThatOfTheTables();
+    void theLettersInFramesAreExplainedAlike_data();
+    void theLettersInFramesAreExplainedAlike();
     void aBadOptionIsAClearErrorWithStatus2_data();
     void aBadOptionIsAClearErrorWithStatus2();
 };
@@ -469,6 +479,24 @@ void VantrelCameraTest::theListOfFramesIsThatOfTheTables()
     for (const ViscaCamera::KnownFrame& known : ViscaCamera::knownFrames())
         expected += QString("%1: %2").arg(known.name, known.frame);
     QCOMPARE(listed, expected);
+}
+
+void VantrelCameraTest::theLettersInFramesAreExplainedAlike_data()
+{
+    QTest::addColumn<QString>("file");
+
+    QTest::newRow("manual page") << "packaging/linux/vantrel-camera.1.in";
+    QTest::newRow("architecture") << "docs/architecture.md";
+}
+
+void VantrelCameraTest::theLettersInFramesAreExplainedAlike()
+{
+    QFETCH(QString, file);
+    CameraProgram camera({"--help"});
+    QCOMPARE(camera.exitStatus(), 0);
+    const QString told = legendIn(camera.lines().join('\n'));
+    QVERIFY(!told.isEmpty());
+    QCOMPARE(legendIn(textOf(file)), told);
 }
 
 void VantrelCameraTest::aBadOptionIsAClearErrorWithStatus2_data()
