@@ -42,3 +42,8 @@ QByteArray makeFrame(std::string_view pattern, FrameNumbers numbers)
     }
     return QByteArray::fromHex(digits);
 }
+
+QString hexadecimal(const QByteArray& bytes)
+{
+    return QString::fromLatin1(bytes.toHex(' ').toUpper());
+}

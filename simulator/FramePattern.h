@@ -2,6 +2,7 @@
 
 #include <QByteArray>
 #include <QMap>
+#include <QString>
 
 #include <optional>
 #include <string_view>
@@ -21,3 +22,6 @@ std::optional<FrameNumbers> matchFrame(const QByteArray& frame, std::string_view
 
 /** The frame that looks like `pattern` with these numbers; negative ones are sent as two's complement. */
 QByteArray makeFrame(std::string_view pattern, FrameNumbers numbers);
+
+/** The bytes as manuals write them, "90 41 FF". */
+QString hexadecimal(const QByteArray& bytes);

@@ -4,7 +4,6 @@
 
 namespace {
 
-constexpr char terminator = '\xFF';
 // An unfinished frame followed by this much silence will never be finished.
 constexpr FrameReader::Time frameTimeout{1000};
 

@@ -17,6 +17,9 @@ class FrameReader
 public:
     using Time = std::chrono::milliseconds;
 
+    /** Ends each frame and each reply. */
+    static constexpr char terminator = '\xFF';
+
     /** The most bytes that a frame has, header and FF included. */
     static constexpr int longestFrame = 16;
 

@@ -1,6 +1,7 @@
 #include "Replay.h"
 
 #include "FramePattern.h"
+#include "FrameReader.h"
 
 #include <algorithm>
 #include <cstring>
@@ -11,13 +12,7 @@ using Time = Dialogue::Time;
 
 // What else the camera has to say has come by then.
 constexpr Time silenceAtTheEnd{100};
-constexpr char terminator = '\xFF';
 const char* const nothing = "nothing";
-
-QString hex(const QByteArray& bytes)
-{
-    return QString::fromLatin1(bytes.toHex(' ').toUpper());
-}
 
 int widestAnswer(const Dialogue& dialogue)
 {
@@ -73,7 +68,7 @@ void Replay::proceed()
     if (now() < endsAt)
         return wakeAt(endsAt);
     if (!received.isEmpty())
-        report(nothing, hex(received), "differs");
+        report(nothing, hexadecimal(received), "differs");
     port.close();
     emit reported(differenceCount == 0 ? QString("as expected")
                                        : QString("differences: %1").arg(differenceCount));
@@ -123,7 +118,7 @@ void Replay::send(const Dialogue::Step& step)
 // The next whole answer, empty if there is none yet.
 QByteArray Replay::takeAnswer()
 {
-    const auto size = received.indexOf(terminator) + 1;
+    const auto size = received.indexOf(FrameReader::terminator) + 1;
     QByteArray answer = received.left(size);
     received.remove(0, size);
     return answer;
@@ -132,15 +127,15 @@ QByteArray Replay::takeAnswer()
 void Replay::compare(const Dialogue::Step& step, const QByteArray& answer)
 {
     if (!matchFrame(answer, step.bytes.constData()))
-        report(step.bytes, answer.isEmpty() ? nothing : hex(answer), "differs");
+        report(step.bytes, answer.isEmpty() ? nothing : hexadecimal(answer), "differs");
     else
-        report(step.bytes, hex(answer), now() < step.after ? "too early" : "");
+        report(step.bytes, hexadecimal(answer), now() < step.after ? "too early" : "");
 }
 
 void Replay::expectNothing()
 {
     for (QByteArray answer = takeAnswer(); !answer.isEmpty(); answer = takeAnswer())
-        report(nothing, hex(answer), "differs");
+        report(nothing, hexadecimal(answer), "differs");
 }
 
 void Replay::report(const QString& expected, const QString& answer, const QString& difference)

@@ -1,15 +1,8 @@
 #include "SerialCamera.h"
 
+#include "FramePattern.h"
+
 #include <algorithm>
-
-namespace {
-
-QString hex(const QByteArray& bytes)
-{
-    return QString::fromLatin1(bytes.toHex(' ').toUpper());
-}
-
-} // namespace
 
 SerialCamera::SerialCamera(const ViscaCamera::Options& options, const ReplyFaults::Options& faults,
                            const QString& link)
@@ -77,7 +70,7 @@ void SerialCamera::handle(const std::vector<ViscaCamera::Event>& events)
     for (const ViscaCamera::Event& event : events) {
         const bool isReply = event.kind == ViscaCamera::Event::Kind::Reply;
         emit happened(event);
-        emit reported(QString("%1 %2  %3").arg(isReply ? "->" : "<-", hex(event.bytes), event.words));
+        emit reported(QString("%1 %2  %3").arg(isReply ? "->" : "<-", hexadecimal(event.bytes), event.words));
         if (isReply)
             replyFaults.take(event.bytes, now());
     }
@@ -93,7 +86,7 @@ void SerialCamera::sendReplies()
         if (!terminal->write(piece))
             emit reported("Reply lost, nobody reads the line");
         else if (faulty)
-            emit reported(QString(">> %1").arg(hex(piece)));
+            emit reported(QString(">> %1").arg(hexadecimal(piece)));
     }
 }
 

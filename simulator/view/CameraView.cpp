@@ -1,5 +1,7 @@
 #include "CameraView.h"
 
+#include "FramePattern.h"
+
 #include <QFontDatabase>
 #include <QPainter>
 
@@ -32,11 +34,6 @@ const QColor bright(0xf0, 0xf0, 0xf0);
 const QColor dim(0xa8, 0xa8, 0xa8);
 const QColor scaleColour(0xff, 0xff, 0xff, 0x90);
 const QColor panel(0x1c, 0x1c, 0x1c, 0xe0);
-
-QString hex(const QByteArray& bytes)
-{
-    return QString::fromLatin1(bytes.toHex(' ').toUpper());
-}
 
 QString signedDegrees(double degrees)
 {
@@ -99,14 +96,10 @@ CameraView::Texts CameraView::texts() const
     const QString zoom =
         QString("%1%2").arg(Projection::magnification(position.zoom), 0, 'f', 1).arg(QChar(0xD7));
     const QString steps = QString("%1").arg(std::lround(position.zoom), 4, 16, QChar('0')).toUpper();
-    return {signedDegrees(position.pan),
-            signedDegrees(position.tilt),
-            QString("%1 %2").arg(zoom, steps),
-            command.words,
-            hex(command.bytes),
-            reply.words,
-            hex(reply.bytes),
-            numbers.join(' ')};
+    return {signedDegrees(position.pan),       signedDegrees(position.tilt),
+            QString("%1 %2").arg(zoom, steps), command.words,
+            hexadecimal(command.bytes),        reply.words,
+            hexadecimal(reply.bytes),          numbers.join(' ')};
 }
 
 void CameraView::take(const ViscaCamera::Event& event)
