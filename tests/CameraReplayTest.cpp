@@ -341,7 +341,7 @@ void CameraReplayTest::aBadOptionIsAClearErrorWithStatus2_data()
     row("two ports", {"--replay", "file", "one", "two"}, "--replay takes one port");
     row("a camera's option", {"--replay", "file", "--strict", "port"},
         "--strict is for the simulated camera, which --replay does without");
-    row("a view", {"--replay", "file", "--seed", "1", "port"}, "--seed is for the simulated camera");
+    row("a view", {"--replay", "file", "--view", "port"}, "--view is for the simulated camera");
     row("no file", {"--replay"}, "Missing value after '--replay'");
     row("baud not a number", {"--replay", "file", "--baud", "fast", "port"},
         "--baud takes a whole number from 1 to 4000000, not \"fast\"");
