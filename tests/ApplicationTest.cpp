@@ -137,6 +137,7 @@ private slots:
     void longLivedObjectsHaveNoParent();
     void windowIsShownAtStart();
     void theIconIsThereInEverySize();
+    void theDesktopFindsTheProgramsFile();
     void missingPortShowsItsErrorBeforeTheWindow();
     void emptyPortSettingIsReportedLikeAMissingPort();
 
@@ -186,15 +187,18 @@ void ApplicationTest::mainAsksForHighDpiScalingAndDesktopSettings()
 {
 #if QT_VERSION_MAJOR < 6
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling, false);
+    QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps, false);
 #endif
     QGuiApplication::setDesktopSettingsAware(false);
     AccountWithCamera account;
-    // Qt 6 always scales.
+    // Qt 6 does both unasked.
     bool scaling = true;
+    bool sharpPictures = true;
     bool desktopSettings = false;
     WhenWindowIsShown exit([&] {
 #if QT_VERSION_MAJOR < 6
         scaling = QCoreApplication::testAttribute(Qt::AA_EnableHighDpiScaling);
+        sharpPictures = QCoreApplication::testAttribute(Qt::AA_UseHighDpiPixmaps);
 #endif
         desktopSettings = QGuiApplication::desktopSettingsAware();
         QCoreApplication::exit();
@@ -203,6 +207,7 @@ void ApplicationTest::mainAsksForHighDpiScalingAndDesktopSettings()
     runMain();
 
     QVERIFY(scaling);
+    QVERIFY(sharpPictures);
     QVERIFY(desktopSettings);
 }
 
@@ -413,6 +418,13 @@ void ApplicationTest::theIconIsThereInEverySize()
     std::sort(widths.begin(), widths.end());
 
     QCOMPARE(widths, QList<int>({16, 24, 32, 48, 64, 128}));
+}
+
+void ApplicationTest::theDesktopFindsTheProgramsFile()
+{
+    const Desk desk;
+
+    QVERIFY(QFile::exists(SOURCE_DIR "/packaging/linux/" + QGuiApplication::desktopFileName() + ".desktop"));
 }
 
 void ApplicationTest::missingPortShowsItsErrorBeforeTheWindow()

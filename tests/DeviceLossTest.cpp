@@ -46,6 +46,7 @@ class DeviceLossTest : public QObject
 
 private slots:
     void pulledAdapterIsToldOnceAndDisconnects();
+    void pulledAdapterIsNoticedWhereThePortSaysNothing();
     void portIsClosedBeforeTheUserIsTold();
     void disconnectionIsSignalledAfterTheBoxIsDismissed();
     void pulledWhileAButtonIsHeld();
@@ -87,6 +88,18 @@ void DeviceLossTest::pulledAdapterIsToldOnceAndDisconnects()
     QCOMPARE(desk.user.boxes().constFirst().title, "Vantrel");
     QCOMPARE(desk.user.texts(), QStringList(lineIsGone()));
     QCOMPARE(desk.profile.log(), QStringList());
+}
+
+void DeviceLossTest::pulledAdapterIsNoticedWhereThePortSaysNothing()
+{
+    Desk desk;
+    const LinkSignals heard(desk.link());
+    // As with Qt 5.15.19 and 6.8.
+    const QSignalBlocker silence(portOf(desk));
+
+    desk.camera.pull();
+
+    QTRY_COMPARE(stateOf(desk, heard), Lost);
 }
 
 void DeviceLossTest::portIsClosedBeforeTheUserIsTold()
