@@ -147,8 +147,10 @@ public:
         environment.insert("LC_ALL", "C.UTF-8");
         environment.insert("QT_FATAL_WARNINGS", "1");
         environment.insert("QT_LINUX_ACCESSIBILITY_ALWAYS_ON", "1");
-        // Being asked about a box that has just closed is no fault of the program.
-        environment.insert("QT_LOGGING_RULES", "qt.accessibility.atspi.warning=false");
+        // Being asked about a box that has just closed, or that the display has not shown yet, is no fault of
+        // the program.
+        environment.insert("QT_LOGGING_RULES",
+                           "qt.accessibility.atspi.warning=false;qt.qpa.xcb.warning=false");
         environment.insert("QT_QPA_PLATFORMTHEME", "generic");
         // The windows draw nothing with OpenGL, whose drivers leak.
         environment.insert("QT_XCB_GL_INTEGRATION", "none");
