@@ -34,7 +34,8 @@ QImage buttonWithFrame(const QSize& button, const QString& image, int frame)
     const QImage strip(":/assets/" + image);
     const int frameSize = strip.height() / 3;
     QImage picture(button, QImage::Format_ARGB32_Premultiplied);
-    picture.fill(QColor("#333333"));
+    constexpr QRgb background = 0xff333333;
+    picture.fill(background);
     QPainter painter(&picture);
     painter.drawImage((button.width() - frameSize) / 2, 0, strip, 0, frame * frameSize, frameSize, frameSize);
     return picture;

@@ -186,7 +186,7 @@ void RealWindowTest::theStoredPicturesAreOfThisQtAndSystem()
 {
     const QString reason = whyPicturesAreLeftOut();
     if (!reason.isEmpty())
-        QSKIP(qPrintable(reason));
+        QTest::qSkip(qPrintable(reason), __FILE__, __LINE__);
 }
 
 void RealWindowTest::holdingAButtonMovesAndReleasingItStops()
@@ -497,7 +497,8 @@ void RealWindowTest::everySettingIsFoundAgainAfterARestart()
     QCOMPARE(place.received(1), QByteArrayList{recallOf(11)});
     settings = place.openSettingsWithoutPorts();
     SettingsCopy& copy = *place.settings;
-    for (QCheckBox* check : copy.dialog.findChildren<QCheckBox*>())
+    const auto checks = copy.dialog.findChildren<QCheckBox*>();
+    for (QCheckBox* check : checks)
         check->setChecked(true);
     copy.baudRateCombo->setCurrentText("Baud115200");
     copy.startUpPresetCombo->setCurrentText("PRESET11");

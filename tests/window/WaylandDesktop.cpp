@@ -372,7 +372,9 @@ void WaylandDesktop::follow(const QString& line)
     const QString id = found.captured(2);
     const QStringList arguments = found.captured(4).split(", ");
 
-    if (message == "wl_registry.bind" && arguments.value(1) == "\"xdg_wm_base\"")
+    const bool isProgramStart = message == "wl_registry.bind" && arguments.value(1) == "\"xdg_wm_base\"";
+    const bool isEnd = message == "xdg_popup.destroy" && id == popup.id;
+    if (isProgramStart || isEnd)
         popup = {};
     else if (message == "xdg_wm_base.get_xdg_surface")
         newestSurface = numberOf(arguments.value(1));
@@ -383,6 +385,4 @@ void WaylandDesktop::follow(const QString& line)
                               arguments.value(2).toInt(), arguments.value(3).toInt()};
     else if (message == "wl_surface.attach" && id == popup.surface)
         popup.isDrawn = true;
-    else if (message == "xdg_popup.destroy" && id == popup.id)
-        popup = {};
 }
