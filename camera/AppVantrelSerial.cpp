@@ -78,7 +78,7 @@ AppVantrelSerial::AppVantrelSerial()
     , replyIndex(NoReply)
 {
     connect(serialPort, SIGNAL(errorOccurred(QSerialPort::SerialPortError)), this,
-            SLOT(onErrorOccured(QSerialPort::SerialPortError)));
+                               SLOT(onErrorOccured(QSerialPort::SerialPortError)));
     connect(serialPort, SIGNAL(readyRead()), this, SLOT(onReadyToRead()));
 }
 

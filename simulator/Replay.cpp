@@ -35,7 +35,7 @@ Replay::Replay(const Dialogue& dialogueToHold)
     connect(&wakeTimer, SIGNAL(timeout()), this, SLOT(proceed()));
     connect(&port, SIGNAL(readyRead()), this, SLOT(proceed()));
     connect(&port, SIGNAL(errorOccurred(QSerialPort::SerialPortError)), this,
-            SLOT(giveUp(QSerialPort::SerialPortError)));
+                          SLOT(giveUp(QSerialPort::SerialPortError)));
 }
 
 QString Replay::start(const QString& portName, int baudRate)

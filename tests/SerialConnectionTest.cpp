@@ -337,8 +337,8 @@ void SerialConnectionTest::resourceErrorWhileOpeningIsNoDisconnection()
     desk.link()->closeSerialPort();
     desk.settings()->setCOMPort("/dev/missing");
     QSerialPort* port = portOf(desk.link());
-    // Each opening begins with NoError; a terminal without a device behind it says EIO next, and some failures
-    // are told more than once.
+    // Each opening begins with NoError; a terminal without a device behind it says EIO next, and some
+    // failures are told more than once.
     connect(port, &QSerialPort::errorOccurred, this, [port](QSerialPort::SerialPortError error) {
         if (error != QSerialPort::ResourceError)
             emit port->errorOccurred(QSerialPort::ResourceError);

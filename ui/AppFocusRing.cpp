@@ -14,7 +14,7 @@ AppFocusRing::AppFocusRing(QWidget* window)
     QStyle* style = QStyleFactory::create("Windows");
     style->setParent(this);
     setStyle(style);
-    connect(qApp, SIGNAL(focusChanged(QWidget*, QWidget*)), this, SLOT(onFocusChanged(QWidget*, QWidget*)));
+    connect(qApp, SIGNAL(focusChanged(QWidget*,QWidget*)), this, SLOT(onFocusChanged(QWidget*,QWidget*)));
 }
 
 void AppFocusRing::paintEvent(QPaintEvent*)

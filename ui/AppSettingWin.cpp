@@ -52,7 +52,7 @@ AppSettingWin::AppSettingWin(QWidget* parent)
     connect(ui->runOnStartUpCheck, SIGNAL(clicked(bool)), this, SLOT(onRunOnStartUpChecked()));
     connect(ui->startUpPresetCheck, SIGNAL(clicked(bool)), this, SLOT(onStartupPresetChecked()));
     connect(ui->startUpPresetCombo, SIGNAL(currentIndexChanged(int)), this,
-            SLOT(onStartupPresetChanged(int)));
+                                           SLOT(onStartupPresetChanged(int)));
     connect(ui->comPortCombo, SIGNAL(currentTextChanged(QString)), this, SLOT(onComPortChanged(QString)));
     connect(ui->baudRateCombo, SIGNAL(currentTextChanged(QString)), this, SLOT(onBaudRateChanged(QString)));
     connect(ui->invertPanCheck, SIGNAL(clicked(bool)), this, SLOT(onInvertPanChecked()));
@@ -155,7 +155,7 @@ void AppSettingWin::onBaudRateChanged(QString val)
     if (isLoading)
         return;
 
-    const int baudRate = val.mid(static_cast<int>(qstrlen(BaudPrefix))).toInt();
+    const int baudRate = val.remove(BaudPrefix).toInt();
     vantrelApp()->settingsManager->setBaudRate(baudRate == 0 ? DefaultBaudRate : baudRate);
 }
 
