@@ -99,21 +99,24 @@ void KeyboardFocusTest::everyControlShowsThatItHasTheKeyboard()
     QTRY_VERIFY(shown->isActiveWindow());
     const QImage without = pictureOf(shown);
 
-    QCOMPARE(controlsOf(shown).size(), controls);
-    for (QWidget* control : controlsOf(shown)) {
+    const auto shownControls = controlsOf(shown);
+    QCOMPARE(shownControls.size(), controls);
+    for (QWidget* control : shownControls) {
         control->setFocus(Qt::TabFocusReason);
         QTRY_VERIFY(control->hasFocus());
         const QImage with = pictureOf(shown);
         const QRect area(control->mapTo(shown, QPoint(0, 0)), control->size());
 
         for (int distance = 1; distance <= RingWidth; ++distance) {
-            for (const QPoint& point : frameAround(area, distance)) {
+            const auto ring = frameAround(area, distance);
+            for (const QPoint& point : ring) {
                 QCOMPARE(with.pixel(point), qRgb(255, 255, 255));
                 QVERIFY2(contrast(with.pixel(point), without.pixel(point)) >= LeastContrast,
                          qPrintable(control->objectName()));
             }
         }
-        for (const QPoint& point : frameAround(area, RingWidth + 1)) {
+        const auto outside = frameAround(area, RingWidth + 1);
+        for (const QPoint& point : outside) {
             QCOMPARE(with.pixel(point), without.pixel(point));
             QVERIFY2(contrast(qRgb(255, 255, 255), with.pixel(point)) >= LeastContrast,
                      qPrintable(control->objectName()));

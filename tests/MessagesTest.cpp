@@ -41,7 +41,7 @@ QStringList documentedMessages()
     const QString text = QString::fromUtf8(readme.readAll());
     const QString table = text.section("| A box says | It means |", 1).section("\n\n", 0, 0);
     QStringList messages;
-    const QRegularExpression row("^\\| `([^`]*)` \\|", QRegularExpression::MultilineOption);
+    static const QRegularExpression row("^\\| `([^`]*)` \\|", QRegularExpression::MultilineOption);
     for (auto match = row.globalMatch(table); match.hasNext();)
         messages.append(match.next().captured(1));
     return messages;
