@@ -4,6 +4,12 @@
 
 #include <QtTest>
 
+namespace {
+
+constexpr int patienceMs = 20000;
+
+} // namespace
+
 class CameraWindowTest : public QObject
 {
     Q_OBJECT
@@ -15,10 +21,16 @@ private slots:
 void CameraWindowTest::theCameraEndsWithItsWindow()
 {
     CameraProgram camera({"--view"});
-    const QStringList activate{"search",         "--sync", "--onlyvisible", "--name", "^Simulated camera$",
-                               "windowactivate", "--sync"};
-    QCOMPARE(QProcess::execute("xdotool", activate), 0);
-    QCOMPARE(QProcess::execute("xdotool", {"key", "alt+F4"}), 0);
+    const QStringList close{"search",         "--onlyvisible", "--name", "^Simulated camera$",
+                            "windowactivate", "key",           "alt+F4"};
+    // The window may not be there yet, and the window manager may be there before it listens to keys.
+    QVERIFY(QTest::qWaitFor(
+        [&] {
+            QProcess::execute("xdotool", close);
+            return camera.process.state() == QProcess::NotRunning;
+        },
+        patienceMs));
+
     QCOMPARE(camera.exitStatus(), 0);
     QCOMPARE(camera.lines(), QStringList({"Camera at " + camera.path(), "Window closed"}));
 }
