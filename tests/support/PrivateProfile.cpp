@@ -65,7 +65,11 @@ void PrivateProfile::store(const QString& key, const QVariant& value) const
 
 QVariant PrivateProfile::stored(const QString& key) const
 {
-    return QSettings(settingsFile(), QSettings::IniFormat).value(key);
+    // A copy: Qt takes a file with the time and size of one that it has read for that one.
+    const QTemporaryDir folder;
+    const QString copy = folder.filePath("setting.ini");
+    QFile::copy(settingsFile(), copy);
+    return QSettings(copy, QSettings::IniFormat).value(key);
 }
 
 QStringList PrivateProfile::log() const
