@@ -42,9 +42,15 @@ class Controller:
         return button, line
 
     def place(self, name, title=MAIN):
-        found = wait_for(lambda: [part["place"] for part in self.window(title) if part["name"] == name],
-                         f'"{name}" in the window "{title}"')
-        x, y, width, height = found[0]
+        """The middle of a control, once it stands still: what a window says may change its layout a moment later."""
+        seen = []
+
+        def stands_still():
+            seen.append([part["place"] for part in self.window(title) if part["name"] == name])
+            return seen[-1] and seen[-2:] == 2 * seen[-1:]
+
+        wait_for(stands_still, f'"{name}" in the window "{title}"')
+        x, y, width, height = seen[-1][0]
         return f"{x + width // 2} {y + height // 2}"
 
     def point(self, name, title=MAIN, then=""):
