@@ -324,8 +324,8 @@ void AppMainWin::loadPresetNames()
     int preset = FirstPreset;
     for (QPushButton* button : buttons) {
         const QString name = vantrelApp()->settingsManager->getPresetName(preset);
-        const QString number = defaultPresetName(preset++);
+        const QString defaultName = defaultPresetName(preset++);
         button->setToolTip(Qt::mightBeRichText(name) ? Qt::convertFromPlainText(name) : name);
-        button->setAccessibleName(name == number ? name : number + ": " + name);
+        button->setAccessibleName(name == defaultName ? name : defaultName + ": " + name);
     }
 }
