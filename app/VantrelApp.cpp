@@ -30,6 +30,9 @@ VantrelApp::VantrelApp(int argc, char** argv)
     serial = new AppVantrelSerial();
     mainWin = new AppMainWin(nullptr);
     mainWin->show();
+    // The status bar has told its width only now; on Wayland a window that widens after its first picture may
+    // be made narrow again.
+    sendPostedEvents(nullptr, QEvent::LayoutRequest);
 }
 
 VantrelApp::~VantrelApp()

@@ -227,6 +227,20 @@ private slots:
         QCOMPARE(camera.nextFrame(), QByteArray("81 01 04 3f 02 0c ff"));
     }
 
+    void theWindowAppearsAsWideAsItStays()
+    {
+        const PrivateProfile profile;
+        const CameraEnd camera;
+        profile.store("comport", camera.portName());
+        const Program program;
+        const QWidget* window = program.app.mainWin;
+
+        const QSize appeared = window->size();
+        QVERIFY(QTest::qWaitForWindowExposed(program.app.mainWin));
+        QCoreApplication::sendPostedEvents();
+        QCOMPARE(window->size(), appeared);
+    }
+
     void withoutTheStartUpPresetNothingIsRecalled()
     {
         Desk desk({{"startuppreset", 12}, {"isstartuppreset", false}});
