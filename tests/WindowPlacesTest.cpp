@@ -4,6 +4,8 @@
 
 #include <QProcess>
 #include <QPushButton>
+#include <QScreen>
+#include <QWindow>
 
 namespace {
 
@@ -22,6 +24,47 @@ QPoint placeOnScreen(const QWidget* window)
     return {number("X"), number("Y")};
 }
 
+/** Moves a window's content there as a user does: Qt hears of it from the window manager. */
+bool move(const QWidget* window, QPoint place)
+{
+    QProcess::execute("xdotool", {"windowmove", QString::number(window->winId()), QString::number(place.x()),
+                                  QString::number(place.y())});
+    return QTest::qWaitFor([=] { return window->geometry().topLeft() == place; });
+}
+
+int frameWidth(const QWidget* window)
+{
+    return window->frameGeometry().width() - window->width();
+}
+
+/** The controller and its settings, which have the same frame. */
+class Windows
+{
+public:
+    Windows() { static_cast<void>(QTest::qWaitForWindowActive(controller)); }
+
+    bool openSettings()
+    {
+        desk.find<QPushButton>("settingsBtn")->click();
+        return QTest::qWaitForWindowActive(settings);
+    }
+
+    int settingsWidth() const { return settings->width() + frameWidth(controller); }
+
+    /** The controller's place from which there is just room for the settings at its right. */
+    QPoint lastPlaceWithRoomAtTheRight() const
+    {
+        const int right = controller->windowHandle()->screen()->availableGeometry().right() + 1;
+        const QRect frame = controller->frameGeometry();
+        const QPoint content = controller->geometry().topLeft() - frame.topLeft();
+        return content + QPoint(right - settingsWidth() - frame.width(), 100);
+    }
+
+    Desk desk;
+    QWidget* controller = desk.program->app.mainWin;
+    QWidget* settings = desk.find<QWidget>("AppSettingWin");
+};
+
 } // namespace
 
 class WindowPlacesTest : public QObject
@@ -30,29 +73,43 @@ class WindowPlacesTest : public QObject
 
 private slots:
     void theSettingsOpenBesideTheControllerWhereverItIs();
+    void withoutRoomAtTheRightTheSettingsOpenAtTheLeft();
+    void openSettingsStayWhereTheUserHasMovedThem();
 };
 
 void WindowPlacesTest::theSettingsOpenBesideTheControllerWhereverItIs()
 {
-    Desk desk;
-    QWidget* controller = desk.program->app.mainWin;
-    auto* settings = desk.find<QWidget>("AppSettingWin");
-    QVERIFY(QTest::qWaitForWindowActive(controller));
+    Windows windows;
+    for (const QPoint& place :
+         {QPoint(300, 100), QPoint(480, 220), windows.lastPlaceWithRoomAtTheRight(), QPoint(60, 160)}) {
+        QVERIFY(move(windows.controller, place));
+        QVERIFY(windows.openSettings());
+        const QPoint beside(windows.controller->frameGeometry().width(), 0);
+        QCOMPARE(placeOnScreen(windows.settings), placeOnScreen(windows.controller) + beside);
 
-    for (const QPoint& place : {QPoint(300, 100), QPoint(480, 220), QPoint(60, 160)}) {
-        // As a user moves it: Qt hears of it from the window manager.
-        QProcess::execute("xdotool", {"windowmove", QString::number(controller->winId()),
-                                      QString::number(place.x()), QString::number(place.y())});
-        QTRY_COMPARE(controller->geometry().topLeft(), place);
-
-        desk.find<QPushButton>("settingsBtn")->click();
-        QVERIFY(QTest::qWaitForWindowActive(settings));
-        const QPoint beside(controller->frameGeometry().width(), 0);
-        QCOMPARE(placeOnScreen(settings), placeOnScreen(controller) + beside);
-
-        settings->close();
-        QVERIFY(QTest::qWaitForWindowActive(controller));
+        windows.settings->close();
+        QVERIFY(QTest::qWaitForWindowActive(windows.controller));
     }
+}
+
+void WindowPlacesTest::withoutRoomAtTheRightTheSettingsOpenAtTheLeft()
+{
+    Windows windows;
+    QVERIFY(move(windows.controller, windows.lastPlaceWithRoomAtTheRight() + QPoint(1, 0)));
+    QVERIFY(windows.openSettings());
+    const QPoint beside(windows.settingsWidth(), 0);
+    QCOMPARE(placeOnScreen(windows.settings), placeOnScreen(windows.controller) - beside);
+}
+
+void WindowPlacesTest::openSettingsStayWhereTheUserHasMovedThem()
+{
+    Windows windows;
+    QVERIFY(windows.openSettings());
+    const QPoint place(40, 300);
+    QVERIFY(move(windows.settings, place));
+
+    windows.desk.find<QPushButton>("settingsBtn")->click();
+    QCOMPARE(windows.settings->geometry().topLeft(), place);
 }
 
 QTEST_APPLESS_MAIN(WindowPlacesTest)
