@@ -59,8 +59,6 @@ bool AppHoldGuard::eventFilter(QObject* watched, QEvent* event)
 
 void AppHoldGuard::drawLater(QAbstractButton* button)
 {
-    if (!button->updatesEnabled())
-        return;
     button->setUpdatesEnabled(false);
     QTimer::singleShot(0, button, [button] { button->setUpdatesEnabled(true); });
 }
