@@ -85,7 +85,7 @@ void WindowPlacesTest::theSettingsOpenBesideTheControllerWhereverItIs()
         QVERIFY(move(windows.controller, place));
         QVERIFY(windows.openSettings());
         const QPoint beside(windows.controller->frameGeometry().width(), 0);
-        QCOMPARE(placeOnScreen(windows.settings), placeOnScreen(windows.controller) + beside);
+        QTRY_COMPARE(placeOnScreen(windows.settings), placeOnScreen(windows.controller) + beside);
 
         windows.settings->close();
         QVERIFY(QTest::qWaitForWindowActive(windows.controller));
@@ -98,7 +98,7 @@ void WindowPlacesTest::withoutRoomAtTheRightTheSettingsOpenAtTheLeft()
     QVERIFY(move(windows.controller, windows.lastPlaceWithRoomAtTheRight() + QPoint(1, 0)));
     QVERIFY(windows.openSettings());
     const QPoint beside(windows.settingsWidth(), 0);
-    QCOMPARE(placeOnScreen(windows.settings), placeOnScreen(windows.controller) - beside);
+    QTRY_COMPARE(placeOnScreen(windows.settings), placeOnScreen(windows.controller) - beside);
 }
 
 void WindowPlacesTest::openSettingsStayWhereTheUserHasMovedThem()
