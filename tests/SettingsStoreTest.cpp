@@ -577,7 +577,8 @@ void SettingsStoreTest::namesWrittenWithAnyQtAreReadAndKept()
 
     // As it was stored, then stored again by the Qt at hand.
     for (const int speed : {1, 2}) {
-        restartOn(store, stored);
+        // With a line more: Qt takes a file with the time and size of one that it has read for that one.
+        restartOn(store, stored + '\n');
         QCOMPARE(store->getCOMPort(), QString(u8"Bühne 1%/ü=\"x\""));
         int preset = FirstPreset;
         for (const QString& name : names) {
