@@ -182,6 +182,24 @@ private slots:
 
         QCOMPARE(desk.profile.log(), QStringList({"MoveUp", "MoveStop"}));
     }
+
+    void aPressRightAfterLeavingARepeatingButtonIsHeld()
+    {
+        Desk desk;
+        auto* button = desk.find<QPushButton>("upBtn");
+        auto* other = desk.find<QPushButton>("leftBtn");
+        button->setFocus();
+
+        press(button, 100);
+        release(button, 760);
+        other->setFocus();
+        QTest::mousePress(button, Qt::LeftButton);
+        // Ends the wait for the press of a repeat.
+        press(other, 780);
+
+        QVERIFY(button->isDown());
+        QCOMPARE(desk.profile.log(), QStringList({"MoveUp", "MoveStop", "MoveUp", "MoveLeft"}));
+    }
 };
 
 QTEST_APPLESS_MAIN(KeyRepeatTest)
