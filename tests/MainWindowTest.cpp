@@ -5,6 +5,7 @@
 
 #include <QAction>
 #include <QDialog>
+#include <QFocusFrame>
 #include <QLabel>
 #include <QMainWindow>
 #include <QMetaMethod>
@@ -595,13 +596,15 @@ private slots:
         QCOMPARE(desk.profile.log(), QStringList());
     }
 
-    void theSettingsDialogGoesFirstThenTheStatusThenTheRest()
+    void theFocusRingGoesFirstThenTheSettingsDialogThenTheStatusThenTheRest()
     {
         QStringList gone;
         Desk desk;
         const auto watch = [&](const QObject* object, const char* name) {
             connect(object, &QObject::destroyed, this, [list = &gone, name] { list->append(name); });
         };
+        watch(desk.program->app.mainWin->findChild<QFocusFrame*>({}, Qt::FindDirectChildrenOnly),
+              "focus ring");
         watch(desk.find<QDialog>("AppSettingWin"), "settings dialog");
         watch(statusLabel(desk.program->app.mainWin), "status");
         watch(desk.find<QStatusBar>("statusBar"), "status bar");
@@ -609,7 +612,7 @@ private slots:
 
         desk.program.reset();
         gone.removeOne("main window");
-        QCOMPARE(gone, QStringList({"settings dialog", "status", "status bar"}));
+        QCOMPARE(gone, QStringList({"focus ring", "settings dialog", "status", "status bar"}));
     }
 
     void nothingOfTheLinkReachesTheWindowAtTheEnd()
