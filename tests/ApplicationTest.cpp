@@ -141,7 +141,7 @@ private slots:
     void missingPortShowsItsErrorBeforeTheWindow();
     void emptyPortSettingIsReportedLikeAMissingPort();
 
-    void windowGoesBeforeTheStoreAndTheStoreBeforeTheLink();
+    void theWindowGoesFirstThenTheStoreThenThePortThenTheLink();
     void noSignalOfTheLinkReachesTheWindowAtExit();
     void applicationIsThereUntilTheLinkHasGone();
     void programStartsAgainAfterItsExit();
@@ -463,7 +463,7 @@ void ApplicationTest::emptyPortSettingIsReportedLikeAMissingPort()
     QCOMPARE(program.find<QPushButton>("connectBtn")->text(), "Connect");
 }
 
-void ApplicationTest::windowGoesBeforeTheStoreAndTheStoreBeforeTheLink()
+void ApplicationTest::theWindowGoesFirstThenTheStoreThenThePortThenTheLink()
 {
     AccountWithCamera account;
     QStringList gone;
@@ -473,10 +473,12 @@ void ApplicationTest::windowGoesBeforeTheStoreAndTheStoreBeforeTheLink()
         connect(program.app.settingsManager, &QObject::destroyed, [&gone] { gone.append("store"); });
         connect(program.app.serial, &AppVantrelSerial::onDeviceDisconnected,
                 [&gone] { gone.append("disconnected"); });
+        connect(program.app.serial->findChild<QSerialPort*>(), &QObject::destroyed,
+                [&gone] { gone.append("port"); });
         connect(program.app.serial, &QObject::destroyed, [&gone] { gone.append("link"); });
     }
 
-    QCOMPARE(gone, QStringList({"window", "store", "disconnected", "link"}));
+    QCOMPARE(gone, QStringList({"window", "store", "disconnected", "port", "link"}));
 }
 
 void ApplicationTest::noSignalOfTheLinkReachesTheWindowAtExit()
