@@ -596,23 +596,28 @@ private slots:
         QCOMPARE(desk.profile.log(), QStringList());
     }
 
-    void theFocusRingGoesFirstThenTheSettingsDialogThenTheStatusThenTheRest()
+    void theWindowsAreTakenApartInOrder()
     {
         QStringList gone;
         Desk desk;
         const auto watch = [&](const QObject* object, const char* name) {
             connect(object, &QObject::destroyed, this, [list = &gone, name] { list->append(name); });
         };
-        watch(desk.program->app.mainWin->findChild<QFocusFrame*>({}, Qt::FindDirectChildrenOnly),
-              "focus ring");
-        watch(desk.find<QDialog>("AppSettingWin"), "settings dialog");
+        const auto ringOf = [](const QWidget* window) {
+            return window->findChild<QFocusFrame*>({}, Qt::FindDirectChildrenOnly);
+        };
+        const auto* settings = desk.find<QDialog>("AppSettingWin");
+        watch(ringOf(desk.program->app.mainWin), "focus ring");
+        watch(ringOf(settings), "settings' focus ring");
+        watch(settings, "settings");
         watch(statusLabel(desk.program->app.mainWin), "status");
         watch(desk.find<QStatusBar>("statusBar"), "status bar");
         watch(desk.program->app.mainWin, "main window");
 
         desk.program.reset();
         gone.removeOne("main window");
-        QCOMPARE(gone, QStringList({"focus ring", "settings dialog", "status", "status bar"}));
+        QCOMPARE(gone,
+                 QStringList({"focus ring", "settings' focus ring", "settings", "status", "status bar"}));
     }
 
     void nothingOfTheLinkReachesTheWindowAtTheEnd()
