@@ -53,11 +53,17 @@ class Runner:
         program = self._tests[test]["command"][-1]
         return output_of(program, "-functions", env=self._environment(test, self._folder)).replace("()", "").split()
 
-    def first_failure(self, test, names, limit_s, program, library_folder, **environment):
-        """Runs functions of a test up to their first failure and returns what failed, or "" if they pass."""
+    @contextlib.contextmanager
+    def reserved(self, test):
+        """Keeps other tests away from what the test needs for itself."""
         with contextlib.ExitStack() as stack:
             for name in sorted(self._property(test, "RESOURCE_LOCK")):
                 stack.enter_context(self._locks[name])
+            yield
+
+    def first_failure(self, test, names, limit_s, program, library_folder, **environment):
+        """Runs functions of a reserved test up to their first failure and returns what failed, or "" if they pass."""
+        with contextlib.ExitStack() as stack:
             temporary = stack.enter_context(tempfile.TemporaryDirectory())
             process = stack.enter_context(subprocess.Popen(
                 # The tests send signals that nohup and a background job make their children ignore.
@@ -121,7 +127,7 @@ class Coverage:
 
     def _measured(self, test, name):
         program = self._build.folder / program_of(test)
-        with tempfile.TemporaryDirectory() as counters:
+        with tempfile.TemporaryDirectory() as counters, self._runner.reserved(test):
             begin = time.monotonic()
             failure = self._runner.first_failure(test, [name], 120, program, self._folder, GCOV_PREFIX=counters)
             if failure:
