@@ -17,7 +17,7 @@ LIBRARY = "libvantrel_program.so"
 # Three times as fast as the usual one.
 FAST_LINKER = next((f"-fuse-ld={name}" for name in ("lld", "gold") if shutil.which(f"ld.{name}")), "")
 
-# It takes what is precompiled much faster than GCC, and its objects fit GCC's.
+# It takes what is precompiled in three quarters of GCC's time, and its objects fit GCC's.
 FAST_COMPILER = shutil.which("clang++")
 
 
