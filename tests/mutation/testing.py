@@ -30,11 +30,10 @@ def patience(seconds):
 class Runner:
     """Runs tests as CTest does, but only to their first failure, and with any library."""
 
-    def __init__(self, build, tests):
+    def __init__(self, build):
         self._folder = build.folder
         listing = json.loads(output_of("ctest", "--test-dir", build.folder, "--show-only=json-v1"))
         self._tests = {test["name"]: test for test in listing["tests"]}
-        self._locks = {name: threading.Lock() for test in tests for name in self._property(test, "RESOURCE_LOCK")}
 
     def _property(self, test, name):
         return next((each["value"] for each in self._tests[test]["properties"] if each["name"] == name), [])
@@ -53,16 +52,8 @@ class Runner:
         program = self._tests[test]["command"][-1]
         return output_of(program, "-functions", env=self._environment(test, self._folder)).replace("()", "").split()
 
-    @contextlib.contextmanager
-    def reserved(self, test):
-        """Keeps other tests away from what the test needs for itself."""
-        with contextlib.ExitStack() as stack:
-            for name in sorted(self._property(test, "RESOURCE_LOCK")):
-                stack.enter_context(self._locks[name])
-            yield
-
     def first_failure(self, test, names, limit_s, program, library_folder, **environment):
-        """Runs functions of a reserved test up to their first failure and returns what failed, or "" if they pass."""
+        """Runs functions of a test up to their first failure and returns what failed, or "" if they pass."""
         with contextlib.ExitStack() as stack:
             temporary = stack.enter_context(tempfile.TemporaryDirectory())
             process = stack.enter_context(subprocess.Popen(
@@ -127,7 +118,7 @@ class Coverage:
 
     def _measured(self, test, name):
         program = self._build.folder / program_of(test)
-        with tempfile.TemporaryDirectory() as counters, self._runner.reserved(test):
+        with tempfile.TemporaryDirectory() as counters:
             begin = time.monotonic()
             failure = self._runner.first_failure(test, [name], 120, program, self._folder, GCOV_PREFIX=counters)
             if failure:

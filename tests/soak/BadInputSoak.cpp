@@ -60,7 +60,6 @@ private slots:
     void aPortNameThatIsNoneEndsInThePortsOwnError_data()
     {
         QTest::addColumn<QString>("name");
-        QTest::newRow("empty") << QString();
         QTest::newRow("blank") << " ";
         QTest::newRow("4000 characters") << QString(4000, 'x');
         QTest::newRow("4000 characters of a path") << '/' + QString(3999, 'x');
