@@ -41,7 +41,13 @@ int frameWidth(const QWidget* window)
 class Windows
 {
 public:
-    Windows() { static_cast<void>(QTest::qWaitForWindowActive(controller)); }
+    Windows()
+    {
+        static_cast<void>(QTest::qWaitForWindowActive(controller));
+        // A busy display is still at the width that the window had before its status was written.
+        static_cast<void>(
+            QTest::qWaitFor([this] { return controller->width() >= controller->minimumSizeHint().width(); }));
+    }
 
     bool openSettings()
     {
