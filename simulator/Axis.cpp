@@ -17,11 +17,6 @@ double Axis::position(Time now) const
     return velocity < 0 ? std::max(unlimited, until) : std::min(unlimited, until);
 }
 
-bool Axis::isMoving(Time now) const
-{
-    return velocity != 0 && position(now) != until;
-}
-
 void Axis::run(double speed, Time now)
 {
     from = position(now);

@@ -14,19 +14,19 @@ class Axis
 public:
     using Time = std::chrono::milliseconds;
 
-    /** An axis that stands still at `start`, somewhere between its limits. */
+    /** Stands still at `start`, somewhere between its limits. */
     Axis(double lowLimit, double highLimit, double start);
 
     double position(Time now) const;
 
     /** Whether the position still changes. */
-    bool isMoving(Time now) const;
+    bool isMoving(Time now) const { return velocity != 0 && position(now) != until; }
 
     /** Whether it runs without a target, be it against a limit. */
     bool isDriven() const { return velocity != 0 && !hasTarget; }
 
-    /** Whether it stands where the last goTo() led. */
-    bool hasArrived(Time now) const { return hasTarget && !isMoving(now); }
+    /** Whether nothing has ended the last goTo(), be it under way or at its target. */
+    bool isTargeted() const { return hasTarget; }
 
     /** Runs at `speed` until a limit or the next order; a negative speed runs down, 0 stops. */
     void run(double speed, Time now);

@@ -10,11 +10,9 @@
 namespace {
 
 constexpr int longestLateness = 600000;
-constexpr int longestReply = 65535;
 constexpr double longestSeconds = 86400;
-
 // The width of the names of frames.
-constexpr int nameWidth = 29;
+constexpr int nameWidth = 31;
 constexpr int usualBaudRate = 9600;
 constexpr int highestBaudRate = 4000000;
 
@@ -26,7 +24,7 @@ const char* const description =
     "  Link at PATH            the same by the name given with --link\n"
     "  <- 81 01 06 04 FF  ...  bytes from the controller and what they mean\n"
     "  -> 90 41 FF  ...        the camera's reply and what it means\n"
-    "  >> 90 41                bytes put on the line, when faults are asked for\n"
+    "  >> 90                   bytes put on the line late or in pieces\n"
     "  Hung up                 the line is gone\n"
     "  Window closed           the camera of --view ends\n"
     "\n"
@@ -35,11 +33,9 @@ const char* const description =
 
 const char* const frameLegend =
     "Frames it understands. x is the address, V and W are the speeds of pan and tilt, Y and Z their\n"
-    "positions; h and v are 1 for left or up, 2 for right or down, 3 for neither; w is 1 for the corner\n"
-    "up-right, 0 for down-left. p is the value in its range (in 2-3, 2 is on or automatic, 3 is off or\n"
-    "manual), the preset, the position, the block, the address, or of zoom and focus 00 for stop, 02 for\n"
-    "tele or far, 03 for wide or near, 2p and 3p the same at speed p. s is the socket, or 0 for reset,\n"
-    "2 for up, 3 for down.";
+    "positions. p and q are what the name says last: an address, a socket, a speed, a preset, a block, the\n"
+    "position of zoom or focus, or a value in the range that stands there; in 2-3, 2 is on or automatic and\n"
+    "3 is off or manual.";
 
 // The value of `name` as a whole number between `lowest` and `highest`; nothing if the option is not given.
 std::optional<qint64> wholeNumber(const QCommandLineParser& parser, const QString& name, qint64 lowest,
@@ -81,8 +77,10 @@ std::optional<ViscaCamera::Time> seconds(const QCommandLineParser& parser, const
 {
     QTextStream out(stdout);
     out << parser.helpText() << '\n' << frameLegend << "\n\n";
-    for (const ViscaCamera::KnownFrame& known : ViscaCamera::knownFrames())
-        out << QString("  %1  %2").arg(known.name, -nameWidth).arg(known.frame) << '\n';
+    for (const ViscaCamera::KnownFrame& known : ViscaCamera::knownFrames()) {
+        const QString name = QString("%1 %2").arg(known.name, known.range).trimmed();
+        out << QString("  %1  %2").arg(name, -nameWidth).arg(QString(known.frame)) << '\n';
+    }
     out.flush();
     std::exit(EXIT_SUCCESS);
 }
@@ -94,12 +92,13 @@ CommandLine::Replay readReplay(const QCommandLineParser& parser)
         fail("--replay takes one port, such as /dev/ttyUSB0", exitUsage);
     const QStringList options = parser.optionNames();
     for (const QString& option : options) {
-        if (option != "replay" && option != "baud")
+        if (option != "replay" && option != "baud" && option != "allow-changes")
             fail(QString("--%1 is for the simulated camera, which --replay does without").arg(option),
                  exitUsage);
     }
     const qint64 baudRate = wholeNumber(parser, "baud", 1, highestBaudRate).value_or(usualBaudRate);
-    return {parser.value("replay"), ports.constFirst(), static_cast<int>(baudRate)};
+    return {parser.value("replay"), ports.constFirst(), static_cast<int>(baudRate),
+            parser.isSet("allow-changes")};
 }
 
 } // namespace
@@ -120,14 +119,12 @@ CommandLine readCommandLine(const QCoreApplication& application)
         {"standby", "Start in standby."},
         {"no-replies", "Never reply."},
         {"late", "Reply this many milliseconds later.", "MS"},
-        {"split", "Send each reply in pieces, cut at random places."},
-        {"join", "Hold replies back and send several at once."},
-        {"noise", "Put random bytes before each reply."},
-        {"reply-length", "Pad or cut each reply to N bytes between its first byte and FF.", "N"},
+        {"split", "Send each byte of a reply by itself."},
         {"hang-up-after", "Hang up the line, once, as if the adapter were pulled.", "SECONDS"},
         {"come-back-after", "After hanging up, come back at the same link (default: 1).", "SECONDS"},
-        {"seed", "Start the random numbers of the faults elsewhere (default: 1).", "N"},
-        {"replay", "Hold the dialogue in FILE with the camera at PORT.", "FILE"},
+        {"replay", "Hold a dialogue with the camera at PORT: an installed one by its name, or a file.",
+         "DIALOGUE"},
+        {"allow-changes", "Hold it even if it changes what the camera keeps, such as presets."},
         {"baud", "The baud rate for --replay (default: 9600).", "RATE"},
     });
     parser.addPositionalArgument("port", "The serial port for --replay.", "[PORT]");
@@ -144,8 +141,10 @@ CommandLine readCommandLine(const QCoreApplication& application)
         settings.replay = readReplay(parser);
         return settings;
     }
-    if (parser.isSet("baud"))
-        fail("--baud needs --replay", exitUsage);
+    for (const char* const option : {"baud", "allow-changes"}) {
+        if (parser.isSet(option))
+            fail(QString("--%1 needs --replay").arg(option), exitUsage);
+    }
     if (!parser.positionalArguments().isEmpty())
         fail(QString("unexpected argument \"%1\"").arg(parser.positionalArguments().constFirst()), exitUsage);
     if (parser.isSet("link") && parser.value("link").isEmpty())
@@ -163,13 +162,7 @@ CommandLine readCommandLine(const QCoreApplication& application)
     settings.camera.standby = parser.isSet("standby");
     settings.faults.noReplies = parser.isSet("no-replies");
     settings.faults.split = parser.isSet("split");
-    settings.faults.join = parser.isSet("join");
-    settings.faults.noise = parser.isSet("noise");
-    settings.faults.late = ReplyFaults::Time(wholeNumber(parser, "late", 0, longestLateness).value_or(0));
-    if (const auto length = wholeNumber(parser, "reply-length", 0, longestReply))
-        settings.faults.length = static_cast<int>(*length);
-    if (const auto seed = wholeNumber(parser, "seed", 0, UINT32_MAX))
-        settings.faults.seed = static_cast<quint32>(*seed);
+    settings.faults.late = ViscaCamera::Time(wholeNumber(parser, "late", 0, longestLateness).value_or(0));
     settings.hangUpAfter = seconds(parser, "hang-up-after");
     settings.comeBackAfter = seconds(parser, "come-back-after").value_or(settings.comeBackAfter);
     return settings;

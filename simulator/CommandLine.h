@@ -1,7 +1,6 @@
 #pragma once
 
-#include "ReplyFaults.h"
-#include "ViscaCamera.h"
+#include "SerialCamera.h"
 
 #include <QString>
 
@@ -18,12 +17,14 @@ struct CommandLine
         QString dialogue;
         QString port;
         int baudRate;
+        /** Also one that changes what the camera keeps. */
+        bool mayChange;
     };
 
-    /** Instead of everything else. */
+    /** If set, the program replays this dialogue and ignores all other options. */
     std::optional<Replay> replay;
     ViscaCamera::Options camera = ViscaCamera::BusyRules::Lenient;
-    ReplyFaults::Options faults;
+    ReplyFaults faults;
     QString link;
     std::optional<ViscaCamera::Time> hangUpAfter;
     ViscaCamera::Time comeBackAfter{1000};

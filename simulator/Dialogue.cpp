@@ -1,6 +1,8 @@
 #include "Dialogue.h"
 
+#include <QCoreApplication>
 #include <QFile>
+#include <QFileInfo>
 #include <QRegularExpression>
 
 namespace {
@@ -21,39 +23,66 @@ Time timeAfter(const QString& word, const QString& times, Time otherwise)
     return match.captured(2) == "s" ? std::chrono::seconds(number) : Time(number);
 }
 
-} // namespace
-
-QString Dialogue::read(const QString& path)
+// Beside the program where it is installed, and where it is built.
+QString folder()
 {
-    QFile file(path);
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
-        return QString("cannot read %1: %2").arg(path, file.errorString());
-    for (int number = 1; !file.atEnd(); ++number) {
-        const QString line = QString::fromUtf8(file.readLine()).section('#', 0, 0).trimmed();
-        const QString fault = line.isEmpty() ? QString() : readLine(line);
-        if (!fault.isEmpty())
-            return QString("%1:%2: %3").arg(path).arg(number).arg(fault);
-    }
-    return steps.empty() ? QString("%1: no frame is sent").arg(path) : QString();
+    return QCoreApplication::applicationDirPath() + "/../share/vantrel/dialogues";
 }
 
-QString Dialogue::readLine(const QString& line)
+} // namespace
+
+QString Dialogue::read(const QString& nameOrPath)
 {
-    if (!line.startsWith("--"))
-        return readStep(line);
+    QFile file(QFile::exists(nameOrPath) ? nameOrPath : QString("%1/%2.txt").arg(folder(), nameOrPath));
+    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
+        return QString("there is no dialogue %1, neither a file nor a name in %2").arg(nameOrPath, folder());
+    name = QFileInfo(file).completeBaseName();
+    for (int number = 1; !file.atEnd(); ++number) {
+        const QString text = QString::fromUtf8(file.readLine());
+        const QString fault = readLine(text.section('#', 0, 0).simplified(), text.section('#', 1).trimmed());
+        if (!fault.isEmpty())
+            return QString("%1:%2: %3").arg(nameOrPath).arg(number).arg(fault);
+    }
+    return steps.empty() ? QString("%1: no frame is sent").arg(nameOrPath) : QString();
+}
+
+QString Dialogue::readLine(const QString& line, const QString& remark)
+{
+    const bool isStep = line.startsWith('<') || line.startsWith('>');
+    if (isStep)
+        return readStep(line, remark);
+    if (steps.empty() && !remark.isEmpty())
+        remarks += remark;
+    return line.isEmpty() ? QString() : readHead(line);
+}
+
+QString Dialogue::readHead(const QString& line)
+{
+    static const QRegularExpression options(
+        "^((--strict|--standby|--address [1-7]|--presets [1-9][0-9]{0,2})( |$))+$");
     if (!steps.empty())
-        return "the camera's options stand before the first frame";
-    cameraOptions += line.split(' ', Qt::SkipEmptyParts);
+        return QString("this is no frame or answer, and the head stands before the first frame: %1")
+            .arg(line);
+    if (options.match(line).hasMatch())
+        cameraOptions += line.split(' ');
+    else if (line == "without --strict")
+        isLenient = true;
+    else if (line == "sockets matter")
+        socketsMatter = true;
+    else if (line.startsWith("changes "))
+        changes = line.section(' ', 1);
+    else
+        return QString("this is no frame, answer or line of a head: %1").arg(line);
     return {};
 }
 
-QString Dialogue::readStep(const QString& line)
+QString Dialogue::readStep(const QString& line, const QString& remark)
 {
-    static const QRegularExpression form("^([<>]) *((?:[0-9A-Fa-f?]{2} +)*[0-9A-Fa-f?]{2}|nothing)"
-                                         "((?: +(?:after|within) +\\d{1,6} +m?s)*)$");
+    static const QRegularExpression form("^([<>]) ?((?:[0-9A-Fa-f?]{2} )*[0-9A-Fa-f?]{2}|nothing)"
+                                         "((?: (?:after|within) \\d{1,6} m?s)*)$");
     const QRegularExpressionMatch match = form.match(line);
     if (!match.hasMatch())
-        return QString("this is no frame, answer or option: %1").arg(line);
+        return QString("this is no frame, answer or line of a head: %1").arg(line);
     const bool sends = match.captured(1) == ">";
     const QString bytes = match.captured(2);
     const QString times = match.captured(3);
@@ -65,7 +94,7 @@ QString Dialogue::readStep(const QString& line)
     if (!sends && steps.empty())
         return "the controller speaks first";
     const auto kind = sends ? Step::Kind::Send : isSilence ? Step::Kind::Silence : Step::Kind::Expect;
-    steps.push_back({kind, bytes.simplified().toUpper().toLatin1(), timeAfter("after", times, Time(0)),
-                     timeAfter("within", times, usualPatience)});
+    steps.push_back({kind, bytes.toUpper().toLatin1(), timeAfter("after", times, Time(0)),
+                     timeAfter("within", times, usualPatience), remark});
     return {};
 }

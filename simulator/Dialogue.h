@@ -10,7 +10,7 @@
 /**
  * A conversation of a controller with a camera, as data: what is sent, and what has to come back and when.
  *
- * It is read from a text file, whose lines are described in tests/dialogues/README.md.
+ * It is read from a text file, whose lines are described in simulator/dialogues/README.md.
  */
 struct Dialogue
 {
@@ -34,17 +34,29 @@ struct Dialogue
         /** Not earlier and not later than this, counted from the last Send. */
         Time after;
         Time within;
+        QString remark;
     };
 
+    /** The name of its file, without folder and ending. */
+    QString name;
+    /** What stands above the first frame. */
+    QStringList remarks;
     /** What vantrel-camera has to be started with to answer like this. */
     QStringList cameraOptions;
+    /** Only a camera without --strict answers like this. */
+    bool isLenient = false;
+    /** Whether an answer has to come from the very socket; otherwise any of the two will do. */
+    bool socketsMatter = false;
+    /** What the camera keeps of it at the end, such as presets; empty for nothing. */
+    QString changes;
     std::vector<Step> steps;
 
-    /** Reads it from a file. Returns an empty text on success, otherwise the reason of the failure, with the
-     * line where it lies. */
-    QString read(const QString& path);
+    /** Reads it from a file: one at that path, or an installed one of that name. Returns an empty text on
+     * success, otherwise the reason of the failure, with the line where it lies. */
+    QString read(const QString& nameOrPath);
 
 private:
-    QString readLine(const QString& line);
-    QString readStep(const QString& line);
+    QString readLine(const QString& line, const QString& remark);
+    QString readHead(const QString& line);
+    QString readStep(const QString& line, const QString& remark);
 };

@@ -14,6 +14,12 @@
  * number; where it stands more than once, these are the digits of one number, the highest first.
  */
 
+/** Ends each frame and each reply. */
+constexpr char frameEnd = '\xFF';
+
+/** The most bytes that a frame has, header and FF included. */
+constexpr int longestFrame = 16;
+
 /** The numbers of a frame by the letters of its pattern. */
 using FrameNumbers = QMap<char, int>;
 

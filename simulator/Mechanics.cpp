@@ -4,11 +4,12 @@
 
 namespace {
 
-// Degrees per second.
-constexpr double panSpeedPerCode = 3.3;
-constexpr double tiltSpeedPerCode = 2.5;
-constexpr double fastestPan = 80;
-constexpr double fastestTilt = 50;
+using Time = Mechanics::Time;
+using Parts = Mechanics::Parts;
+
+// Degrees per second: at the fastest codes 80 and 50.
+constexpr double panSpeedPerCode = 80.0 / Mechanics::fastestPanCode;
+constexpr double tiltSpeedPerCode = 50.0 / Mechanics::fastestTiltCode;
 
 // At the standard speed the lens goes from end to end in 4.5 seconds.
 constexpr double lensCrossing = 4.5;
@@ -17,138 +18,96 @@ constexpr double lensCrossing = 4.5;
 constexpr int initialised = 0x2000;
 constexpr int moving = 0x0400;
 constexpr int arrived = 0x0800;
-constexpr int atTiltLowLimit = 0x20;
-constexpr int atTiltHighLimit = 0x10;
+constexpr int atTiltLowLimit = 0x08;
+constexpr int atTiltHighLimit = 0x04;
 constexpr int atPanHighLimit = 0x02;
 constexpr int atPanLowLimit = 0x01;
 
-double velocity(Mechanics::Way way, double speed)
-{
-    return static_cast<int>(way) * speed;
-}
-
 double panSpeed(int code)
 {
-    return std::min(std::max(code, Mechanics::slowestCode) * panSpeedPerCode, fastestPan);
+    return std::clamp(code, Mechanics::slowestCode, Mechanics::fastestPanCode) * panSpeedPerCode;
 }
 
 double tiltSpeed(int code)
 {
-    return std::min(std::max(code, Mechanics::slowestCode) * tiltSpeedPerCode, fastestTilt);
+    return std::clamp(code, Mechanics::slowestCode, Mechanics::fastestTiltCode) * tiltSpeedPerCode;
 }
 
-// By the range that the lens part has. Code 0 is the slowest speed, not a stop.
-double lensSpeed(double range, int code)
+// Code 0 is the slowest speed, not a stop.
+double lensSpeed(const Axis& axis, int code)
 {
-    const double speedPerCode = range / lensCrossing / (Mechanics::standardLensCode + 1);
+    const double speedPerCode =
+        (axis.highLimit() - axis.lowLimit()) / lensCrossing / (Mechanics::standardLensCode + 1);
     return (std::min(code, Mechanics::fastestLensCode) + 1) * speedPerCode;
 }
 
-double zoomSpeed(int code)
+// Calls `action` with the axis of each part.
+template <typename Axes, typename Action> void forEach(Axes& axes, Parts parts, Action action)
 {
-    return lensSpeed(Mechanics::zoomTele, code);
-}
-
-double focusSpeed(int code)
-{
-    return lensSpeed(Mechanics::focusNear - Mechanics::focusFar, code);
+    for (std::size_t index = 0; index < axes.size(); ++index) {
+        if (parts & Mechanics::Part(1 << index))
+            action(axes[index]);
+    }
 }
 
 } // namespace
-
-Mechanics::Mechanics()
-    : panAxis(-panLimit, panLimit, 0)
-    , tiltAxis(tiltLowLimit, tiltHighLimit, 0)
-    , zoomAxis(0, zoomTele, 0)
-    , focusAxis(focusFar, focusNear, focusFar)
-{
-}
 
 Mechanics::Position Mechanics::position(Time now) const
 {
     return {panAxis.position(now), tiltAxis.position(now), zoomAxis.position(now)};
 }
 
-double Mechanics::focus(Time now) const
+bool Mechanics::isMoving(Parts parts, Time now) const
 {
-    return focusAxis.position(now);
+    bool moves = false;
+    forEach(axes, parts, [&](const Axis& axis) { moves = moves || axis.isMoving(now); });
+    return moves;
 }
 
-bool Mechanics::isMoving(Time now) const
+void Mechanics::drive(int panWay, int panCode, int tiltWay, int tiltCode, Time now)
 {
-    return panAxis.isMoving(now) || tiltAxis.isMoving(now) || zoomAxis.isMoving(now);
+    panAxis.run(panWay * panSpeed(panCode), now);
+    tiltAxis.run(tiltWay * tiltSpeed(tiltCode), now);
 }
 
-bool Mechanics::isDriven() const
+void Mechanics::driveLens(Part part, int way, int code, Time now)
 {
-    return panAxis.isDriven() || tiltAxis.isDriven();
-}
-
-void Mechanics::drive(Way panWay, int panCode, Way tiltWay, int tiltCode, Time now)
-{
-    panAxis.run(velocity(panWay, panSpeed(panCode)), now);
-    tiltAxis.run(velocity(tiltWay, tiltSpeed(tiltCode)), now);
-}
-
-void Mechanics::driveZoom(Way way, int code, Time now)
-{
-    zoomAxis.run(velocity(way, zoomSpeed(code)), now);
-}
-
-void Mechanics::driveFocus(Way way, int code, Time now)
-{
-    focusAxis.run(velocity(way, focusSpeed(code)), now);
-}
-
-void Mechanics::goTo(double pan, double tilt, Time now)
-{
-    panAxis.goTo(pan, fastestPan, now);
-    tiltAxis.goTo(tilt, fastestTilt, now);
+    forEach(axes, part, [&](Axis& axis) { axis.run(way * lensSpeed(axis, code), now); });
 }
 
 void Mechanics::goTo(double pan, double tilt, int panCode, int tiltCode, Time now)
 {
     panAxis.goTo(pan, panSpeed(panCode), now);
-    tiltAxis.goTo(tilt, tiltSpeed(tiltCode), now);
+    const double asPan = std::min(panSpeed(panCode), tiltSpeed(fastestTiltCode));
+    tiltAxis.goTo(tilt, tiltCode == 0 ? asPan : tiltSpeed(tiltCode), now);
 }
 
-void Mechanics::zoomTo(double zoom, Time now)
+void Mechanics::lensTo(Part part, double target, Time now)
 {
-    zoomAxis.goTo(zoom, zoomSpeed(fastestLensCode), now);
-}
-
-void Mechanics::focusTo(double focus, Time now)
-{
-    focusAxis.goTo(focus, focusSpeed(fastestLensCode), now);
+    forEach(axes, part, [&](Axis& axis) { axis.goTo(target, lensSpeed(axis, fastestLensCode), now); });
 }
 
 void Mechanics::abandonTargets(Parts parts, Time now)
 {
-    if (parts & PanTilt) {
-        panAxis.abandonTarget(now);
-        tiltAxis.abandonTarget(now);
-    }
-    if (parts & Zoom)
-        zoomAxis.abandonTarget(now);
-    if (parts & Focus)
-        focusAxis.abandonTarget(now);
+    forEach(axes, parts, [now](Axis& axis) { axis.abandonTarget(now); });
 }
 
-void Mechanics::stop(Time now)
+void Mechanics::stopEverything(Time now)
 {
-    for (Axis* axis : {&panAxis, &tiltAxis, &zoomAxis, &focusAxis})
-        axis->run(0, now);
+    forEach(axes, Everything, [now](Axis& axis) { axis.run(0, now); });
 }
 
-Mechanics::Time Mechanics::arrival(Parts parts) const
+bool Mechanics::areTargeted(Parts parts) const
+{
+    bool all = parts != Parts();
+    forEach(axes, parts, [&all](const Axis& axis) { all = all && axis.isTargeted(); });
+    return all;
+}
+
+Time Mechanics::arrival(Parts parts) const
 {
     Time last{0};
-    if (parts & PanTilt)
-        last = std::max({last, panAxis.arrival(), tiltAxis.arrival()});
-    if (parts & Zoom)
-        last = std::max(last, zoomAxis.arrival());
-    if (parts & Focus)
-        last = std::max(last, focusAxis.arrival());
+    forEach(axes, parts, [&last](const Axis& axis) { last = std::max(last, axis.arrival()); });
     return last;
 }
 
@@ -161,37 +120,22 @@ bool Mechanics::mayLimit(Corner corner, double pan, double tilt) const
 
 void Mechanics::setLimit(Corner corner, double pan, double tilt)
 {
-    if (corner == Corner::UpRight) {
-        panAxis.setLimits(panAxis.lowLimit(), pan);
-        tiltAxis.setLimits(tiltAxis.lowLimit(), tilt);
-    } else {
-        panAxis.setLimits(pan, panAxis.highLimit());
-        tiltAxis.setLimits(tilt, tiltAxis.highLimit());
-    }
-}
-
-void Mechanics::clearLimit(Corner corner)
-{
-    if (corner == Corner::UpRight)
-        setLimit(corner, panLimit, tiltHighLimit);
-    else
-        setLimit(corner, -panLimit, tiltLowLimit);
+    const bool isUpRight = corner == Corner::UpRight;
+    panAxis.setLimits(isUpRight ? panAxis.lowLimit() : pan, isUpRight ? pan : panAxis.highLimit());
+    tiltAxis.setLimits(isUpRight ? tiltAxis.lowLimit() : tilt, isUpRight ? tilt : tiltAxis.highLimit());
 }
 
 int Mechanics::panTiltStatus(Time now) const
 {
     int status = initialised;
-    if (panAxis.isMoving(now) || tiltAxis.isMoving(now))
+    if (isMoving(PanTilt, now))
         status |= moving;
-    else if (panAxis.hasArrived(now) && tiltAxis.hasArrived(now))
+    else if (areTargeted(PanTilt))
         status |= arrived;
-    if (panAxis.position(now) <= panAxis.lowLimit())
-        status |= atPanLowLimit;
-    if (panAxis.position(now) >= panAxis.highLimit())
-        status |= atPanHighLimit;
-    if (tiltAxis.position(now) <= tiltAxis.lowLimit())
-        status |= atTiltLowLimit;
-    if (tiltAxis.position(now) >= tiltAxis.highLimit())
-        status |= atTiltHighLimit;
-    return status;
+    const auto at = [now](const Axis& axis, int low, int high) {
+        return (axis.position(now) <= axis.lowLimit() ? low : 0) |
+               (axis.position(now) >= axis.highLimit() ? high : 0);
+    };
+    return status | at(panAxis, atPanLowLimit, atPanHighLimit) |
+           at(tiltAxis, atTiltLowLimit, atTiltHighLimit);
 }

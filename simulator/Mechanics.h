@@ -4,10 +4,11 @@
 
 #include <QFlags>
 
-#include <chrono>
+#include <array>
 
 /**
- * What moves in the camera: pan and tilt, the zoom and the focus.
+ * What moves in the camera: pan and tilt in degrees (plus is right and up), the zoom from 0 (wide) to 0x4000
+ * (tele) and the focus from 0x1000 (far) to 0xF000 (near).
  *
  * Speeds come as VISCA's codes; a code beyond a part's slowest or fastest acts as that. Times are
  * milliseconds on the camera's clock.
@@ -17,26 +18,29 @@ class Mechanics
 public:
     using Time = std::chrono::milliseconds;
 
-    /** What a command moves as one. */
+    /** The moving parts, in the order of their axes. */
     enum Part
     {
-        PanTilt = 1,
-        Zoom = 2,
-        Focus = 4
+        Pan = 1,
+        Tilt = 2,
+        PanTilt = Pan | Tilt,
+        Zoom = 4,
+        Focus = 8,
+        Everything = PanTilt | Zoom | Focus
     };
     Q_DECLARE_FLAGS(Parts, Part)
 
-    static constexpr Parts everyPart{PanTilt | Zoom | Focus};
-
     /** One step of the pan and tilt positions on the line, in degrees. */
     static constexpr double degreesPerStep = 0.075;
-    /** The mechanical limits, in degrees: pan goes as far to either side, tilt from low to high. */
+
+    /** A direction on the line, in steps as two's complement of 16 bits, in degrees. */
+    static double degrees(int steps) { return (steps < 0x8000 ? steps : steps - 0x10000) * degreesPerStep; }
+
+    /** The mechanical limits: pan goes as far to either side, tilt from low to high. */
     static constexpr double panLimit = 0x08DB * degreesPerStep;
     static constexpr double tiltLowLimit = -0x0190 * degreesPerStep;
     static constexpr double tiltHighLimit = 0x04B0 * degreesPerStep;
-    /** The zoom position at the tele end; the wide end is 0. */
     static constexpr double zoomTele = 0x4000;
-    /** The focus positions of the farthest and of the nearest things. */
     static constexpr double focusFar = 0x1000;
     static constexpr double focusNear = 0xF000;
 
@@ -47,18 +51,7 @@ public:
     static constexpr int standardLensCode = 3;
     static constexpr int fastestLensCode = 7;
 
-    /** A direction on one axis: right, up, tele and near are forwards. */
-    enum Way
-    {
-        Backwards = -1,
-        Stopped = 0,
-        Forwards = 1
-    };
-
-    /**
-     * Where the camera looks: pan and tilt in degrees (plus is right and up), zoom from 0 (wide) to 0x4000
-     * (tele).
-     */
+    /** Where the camera looks. */
     struct Position
     {
         double pan;
@@ -66,44 +59,42 @@ public:
         double zoom;
     };
 
-    /** The two corners that the pan-tilt limits are set by, as VISCA numbers them. */
+    /** A corner that the pan-tilt limits are set by. */
     enum class Corner
     {
-        DownLeft = 0,
-        UpRight = 1
+        DownLeft,
+        UpRight
     };
 
-    /** Looks straight ahead, zoomed out, focused on what is far. */
-    Mechanics();
-
     Position position(Time now) const;
-    double focus(Time now) const;
 
-    /** Whether pan, tilt or zoom still change. */
-    bool isMoving(Time now) const;
+    double focus(Time now) const { return focusAxis.position(now); }
+
+    /** Whether one of the parts still changes. */
+    bool isMoving(Parts parts, Time now) const;
 
     /** Whether pan or tilt run without a target, or would if they were not at their limit. */
-    bool isDriven() const;
+    bool isDriven() const { return panAxis.isDriven() || tiltAxis.isDriven(); }
 
-    /** Runs until the limits or the next order. */
-    void drive(Way panWay, int panCode, Way tiltWay, int tiltCode, Time now);
-    void driveZoom(Way way, int code, Time now);
-    void driveFocus(Way way, int code, Time now);
+    /** Runs until the limits or the next order. A way is -1, 0 (stops) or 1: right, up, tele, near. */
+    void drive(int panWay, int panCode, int tiltWay, int tiltCode, Time now);
+    void driveLens(Part part, int way, int code, Time now);
 
-    /** Goes to a direction in degrees, or as far as the limits allow; without speed codes at full speed. */
-    void goTo(double pan, double tilt, Time now);
+    /** Goes to a direction in degrees, or as far as the limits allow. Tilt code 0 means the speed of pan. */
     void goTo(double pan, double tilt, int panCode, int tiltCode, Time now);
-    /** Goes to a position of the lens at full speed. */
-    void zoomTo(double zoom, Time now);
-    void focusTo(double focus, Time now);
+
+    /** Goes to a position of the zoom or the focus, or as far as it can, at full speed. */
+    void lensTo(Part part, double target, Time now);
 
     /** Stops what is on its way to a target among `parts`; leaves alone what is driven. */
     void abandonTargets(Parts parts, Time now);
 
-    /** Stops everything. */
-    void stop(Time now);
+    void stopEverything(Time now);
 
-    /** When `parts`, all on their way to a target, have reached it; time 0 for no part. */
+    /** Whether all of `parts`, of which there is one at least, were sent to a target. */
+    bool areTargeted(Parts parts) const;
+
+    /** When `parts`, all sent to a target, have reached it; time 0 for no part. */
     Time arrival(Parts parts) const;
 
     /** Whether a limit there leaves anything between it and the opposite corner. */
@@ -112,17 +103,16 @@ public:
     /** Lets pan and tilt go no further than that direction, in degrees, from the next order on. */
     void setLimit(Corner corner, double pan, double tilt);
 
-    /** Only the mechanics limit that corner. */
-    void clearLimit(Corner corner);
-
     /** The answer to VISCA's pan-tilt status inquiry: initialised, moving or arrived, and at which limits. */
     int panTiltStatus(Time now) const;
 
 private:
-    Axis panAxis;
-    Axis tiltAxis;
-    Axis zoomAxis;
-    Axis focusAxis;
+    std::array<Axis, 4> axes{Axis{-panLimit, panLimit, 0}, Axis{tiltLowLimit, tiltHighLimit, 0},
+                             Axis{0, zoomTele, 0}, Axis{focusFar, focusNear, focusFar}};
+    Axis& panAxis = axes[0];
+    Axis& tiltAxis = axes[1];
+    Axis& zoomAxis = axes[2];
+    Axis& focusAxis = axes[3];
 };
 
 Q_DECLARE_OPERATORS_FOR_FLAGS(Mechanics::Parts)

@@ -1,7 +1,8 @@
-#include "support/UsbBus.h"
+#include "UsbBus.h"
 
 #include <QCoreApplication>
 
+#include <csignal>
 #include <cstdio>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -15,6 +16,28 @@ constexpr int exitSignalBase = 128;
 
 constexpr DeviceId wchCh340{"1a86", "7523"};
 
+// The signals that end programs, and the one that says that a child has ended.
+sigset_t awaitedSignals()
+{
+    sigset_t awaited;
+    sigemptyset(&awaited);
+    for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGCHLD})
+        sigaddset(&awaited, number);
+    return awaited;
+}
+
+// Passes on what asks for the end, and stays until the child has ended: it needs the mocked bus to the last.
+int statusAtEndOf(pid_t child, const sigset_t& awaited)
+{
+    int status = 0;
+    while (waitpid(child, &status, WNOHANG) == 0) {
+        const int number = sigwaitinfo(&awaited, nullptr);
+        if (number > 0 && number != SIGCHLD)
+            kill(child, number);
+    }
+    return WIFEXITED(status) ? WEXITSTATUS(status) : exitSignalBase + WTERMSIG(status);
+}
+
 } // namespace
 
 /**
@@ -24,23 +47,29 @@ constexpr DeviceId wchCh340{"1a86", "7523"};
  */
 int main(int argc, char* argv[])
 {
-    if (argc < 3) {
-        static_cast<void>(std::fputs("Usage: on-usb TERMINAL PROGRAM [ARGUMENT...]\n", stderr));
+    if (argc < 4) {
+        static_cast<void>(std::fputs("Usage: on-usb PORT TERMINAL PROGRAM [ARGUMENT...]\n", stderr));
         return exitUsage;
     }
+    // Before the bus starts threads, which would take them otherwise.
+    const sigset_t awaited = awaitedSignals();
+    sigset_t former;
+    sigprocmask(SIG_BLOCK, &awaited, &former);
+
     const QCoreApplication application(argc, argv);
     UsbBus bus;
-    bus.plug("1-1", wchCh340, QString::fromLocal8Bit(argv[1]));
+    bus.plug("1-1", wchCh340, QString::fromLocal8Bit(argv[2]), QString::fromLocal8Bit(argv[1]));
 
     const pid_t child = fork();
     if (child == 0) {
+        sigprocmask(SIG_SETMASK, &former, nullptr);
+        // Out of the terminal's reach: Ctrl+C comes once, from here. The second one would end it at once.
+        setpgid(0, 0);
         // Without its computer it has no camera.
         prctl(PR_SET_PDEATHSIG, SIGTERM);
-        execvp(argv[2], argv + 2);
-        std::perror(argv[2]);
+        execvp(argv[3], argv + 3);
+        std::perror(argv[3]);
         _exit(exitNotFound);
     }
-    int status = 0;
-    waitpid(child, &status, 0);
-    return WIFEXITED(status) ? WEXITSTATUS(status) : exitSignalBase + WTERMSIG(status);
+    return statusAtEndOf(child, awaited);
 }

@@ -11,7 +11,8 @@
  *
  * Clients may come and go, one killed with the port open included: the exclusive use it asked for (TIOCEXCL,
  * which QSerialPort sets at every open) ends when this side next calls read(). Bytes that a client sent
- * before it left are kept. Replies that no client reads stay in the kernel's buffer for the next one.
+ * before it left are kept. As at a real port, what arrives while nobody has it open is dropped, and so is
+ * what a client leaves unread, the latter only on Linux.
  */
 class PseudoTerminal
 {
@@ -30,17 +31,18 @@ public:
     QString path() const { return slavePath; }
 
     /**
-     * The descriptor of this side, -1 once hung up. It turns readable when bytes arrive, and also when a
-     * client sets up the line, for which read() returns nothing: call read() every time.
+     * What to watch, -1 once hung up. It turns readable when bytes arrive, and also when a client sets up
+     * the line or leaves, for which read() returns nothing: call read() every time.
      */
-    int descriptor() const { return master; }
+    int descriptor() const { return watched; }
 
     /** Everything that has arrived, up to about 64 KiB at a time; empty when nothing has, or once hung up. */
     QByteArray read();
 
     /**
-     * Sends `bytes`. Returns false when the line did not take them all, for it is hung up or nobody has read
-     * it for tens of kilobytes; the rest is lost, as on a wire without flow control.
+     * Sends `bytes`, to nobody if nobody has the port open. Returns false when the line did not take them
+     * all, for it is hung up or its client has not read for tens of kilobytes; the rest is lost, as on a wire
+     * without flow control.
      */
     bool write(const QByteArray& bytes);
 
@@ -52,9 +54,14 @@ public:
 
 private:
     bool openLine();
+    bool watchLine();
+    bool hasClient();
 
     int master = -1;
     int slave = -1;
+    /** Tells when a client closes the port; -1 where the system cannot. */
+    int closings = -1;
+    int watched = -1;
     QString slavePath;
     QString error;
 };

@@ -1,65 +1,66 @@
 #pragma once
 
 #include <QByteArray>
-#include <QMap>
 
+#include <map>
 #include <vector>
 
-/**
- * What the camera remembers about its picture: values that commands set or change and inquiries give back.
- */
+/** Something that the camera's picture is set to, as a camera's manual describes it. */
+struct Register
+{
+    const char* name;
+    /** The frame, without address and FF, that sets the value p. One without p changes nothing. */
+    const char* sets;
+    /** Steps from the value: s is 0 back to that after power-on, 2 up, 3 down. A frame without s goes over to
+       the next value, and from the last to the first. Empty where the camera has none, as is the inquiry. */
+    const char* steps;
+    const char* inquiry;
+    /** The values there are, hexadecimal as in the frame: "2-3", "0 3 A-D". */
+    const char* range;
+    int afterPowerOn;
+    /** Stands for the value in the answers to block inquiries. */
+    char blockLetter = 0;
+
+    /** The pattern of the answer to its inquiry: what the frame that sets it has beyond the inquiry. */
+    QByteArray answer() const;
+
+    /** Whether the range has that value. */
+    bool hasValue(int value) const;
+
+    /** The value so many places further on in the range; beyond its ends the first or the last. */
+    int neighbour(int value, int places) const;
+};
+
+/** The values of all registers. */
 class Registers
 {
 public:
-    /**
-     * A line of the table, as a camera's manual describes a register. The forms are frames without address
-     * and FF, empty where the camera has none.
-     */
-    struct Line
-    {
-        const char* name;
-        /** Sets the value p; the inquiry is answered by what stands after the first three bytes. A form
-           without p changes nothing. */
-        const char* sets;
-        /** Steps from the value: s is 0 back to that after power-on, 2 up, 3 down. A form without s goes over
-           to the next value, and from the last to the first. */
-        const char* steps;
-        const char* inquiry;
-        /** The values there are, hexadecimal as in the form: "2-3", "0 3 A-D". */
-        const char* range;
-        int afterPowerOn;
-    };
+    /** Those that the camera itself looks at. */
+    static constexpr char focusMode[] = "focus mode";
+    static constexpr char backlight[] = "backlight";
+    static constexpr char exposureCompensation[] = "exposure compensation";
+    static constexpr char mirror[] = "mirror";
+    static constexpr char flip[] = "flip";
+    static constexpr char digitalZoom[] = "digital zoom";
+    static constexpr char recallSpeed[] = "recall speed";
 
-    /** Every register. Whoever knows a camera's manual can add a line. */
-    static const std::vector<Line>& table();
+    /** VISCA's values for what can be on or off, or automatic or manual. */
+    static constexpr int on = 2;
+    static constexpr int off = 3;
 
-    /** One of its forms as a pattern for the whole frame. */
-    static QByteArray frame(const char* form);
-
-    /** The pattern of the answer to its inquiry, for the camera's address + 8 as x and the value as p. */
-    static QByteArray answer(const Line& line);
-
-    /** Whether the range has that value. */
-    static bool hasValue(const Line& line, int value);
+    /** Every register. Whoever knows a camera's manual can add a row. */
+    static const std::vector<Register>& table();
 
     /** All values are those after power-on. */
     Registers();
 
-    int value(const char* name) const { return values[name]; }
+    /** Of one of the names above; with any other the program ends. */
+    int value(const QByteArray& name) const { return values.at(name); }
 
-    void set(const Line& line, int value) { values[line.name] = value; }
+    bool isOn(const QByteArray& name) const { return value(name) == on; }
 
-    void reset(const Line& line) { set(line, line.afterPowerOn); }
-
-    /** To the next value of the range; stays at the last. */
-    void stepUp(const Line& line);
-
-    /** To the one before; stays at the first. */
-    void stepDown(const Line& line);
-
-    /** To the next value of the range, and from the last to the first. */
-    void toggle(const Line& line);
+    void set(const Register& row, int value) { values[row.name] = value; }
 
 private:
-    QMap<QByteArray, int> values;
+    std::map<QByteArray, int> values;
 };

@@ -4,11 +4,17 @@
 
 #include <algorithm>
 
-SerialCamera::SerialCamera(const ViscaCamera::Options& options, const ReplyFaults::Options& faults,
+namespace {
+
+// Long enough that a controller reads the bytes one by one.
+constexpr ViscaCamera::Time gapBetweenBytes{5};
+
+} // namespace
+
+SerialCamera::SerialCamera(const ViscaCamera::Options& options, const ReplyFaults& replyFaults,
                            const QString& link)
     : camera(options)
-    , faulty(faults.any())
-    , replyFaults(faults)
+    , faults(replyFaults)
     , portLink(link)
 {
     clock.start();
@@ -33,6 +39,11 @@ QString SerialCamera::plugIn()
     emit reported(QString("Camera at %1").arg(terminal->path()));
     if (!portLink.path().isEmpty())
         emit reported(QString("Link at %1").arg(portLink.path()));
+    // No fault delays it: a controller that came meanwhile would take it for an answer.
+    for (const ViscaCamera::Event& event : camera.comeOntoLine(now())) {
+        tell(event);
+        terminal->write(event.bytes);
+    }
     return {};
 }
 
@@ -68,35 +79,55 @@ ViscaCamera::Time SerialCamera::now() const
 void SerialCamera::handle(const std::vector<ViscaCamera::Event>& events)
 {
     for (const ViscaCamera::Event& event : events) {
-        const bool isReply = event.kind == ViscaCamera::Event::Kind::Reply;
-        emit happened(event);
-        emit reported(QString("%1 %2  %3").arg(isReply ? "->" : "<-", hexadecimal(event.bytes), event.words));
-        if (isReply)
-            replyFaults.take(event.bytes, now());
+        tell(event);
+        if (event.kind == ViscaCamera::Event::Kind::Reply)
+            queueReply(event.bytes);
     }
     sendReplies();
     wakeWhenDue();
 }
 
+void SerialCamera::tell(const ViscaCamera::Event& event)
+{
+    const char* const way = event.kind == ViscaCamera::Event::Kind::Reply ? "->" : "<-";
+    emit happened(event);
+    emit reported(QString("%1 %2  %3").arg(way, hexadecimal(event.bytes), event.words));
+}
+
+// A reply never overtakes the one before it.
+void SerialCamera::queueReply(const QByteArray& reply)
+{
+    if (faults.noReplies)
+        return;
+    lastDue = std::max(lastDue, now() + faults.late);
+    if (!faults.split)
+        return pieces.push_back({lastDue, reply});
+    for (const char byte : reply) {
+        pieces.push_back({lastDue, QByteArray(1, byte)});
+        lastDue += gapBetweenBytes;
+    }
+}
+
 void SerialCamera::sendReplies()
 {
-    for (const QByteArray& piece : replyFaults.release(now())) {
+    const bool isFaulty = faults.split || faults.late > ViscaCamera::Time::zero();
+    for (; !pieces.empty() && pieces.front().due <= now(); pieces.pop_front()) {
+        const QByteArray& bytes = pieces.front().bytes;
         if (!terminal)
             continue;
-        if (!terminal->write(piece))
+        if (!terminal->write(bytes))
             emit reported("Reply lost, nobody reads the line");
-        else if (faulty)
-            emit reported(QString(">> %1").arg(hexadecimal(piece)));
+        else if (isFaulty)
+            emit reported(QString(">> %1").arg(hexadecimal(bytes)));
     }
 }
 
 void SerialCamera::wakeWhenDue()
 {
-    const auto cameraDue = camera.nextDue();
-    const auto replyDue = replyFaults.nextDue();
-    if (!cameraDue && !replyDue)
+    auto due = camera.nextDue();
+    if (!pieces.empty())
+        due = std::min(due.value_or(pieces.front().due), pieces.front().due);
+    if (!due)
         return wakeTimer.stop();
-    const auto due =
-        std::min(cameraDue.value_or(ViscaCamera::Time::max()), replyDue.value_or(ViscaCamera::Time::max()));
-    wakeTimer.start(std::max(due - now(), ViscaCamera::Time::zero()));
+    wakeTimer.start(std::max(*due - now(), ViscaCamera::Time::zero()));
 }

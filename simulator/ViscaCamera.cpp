@@ -16,6 +16,33 @@ constexpr Time completionDelay{11};
 // About a second of commands; what arrives beyond that is answered like a command that finds both sockets
 // busy.
 constexpr std::size_t longestQueue = 64;
+// An unfinished frame followed by this much silence will never be finished.
+constexpr Time frameTimeout{1000};
+
+constexpr int broadcast = 8;
+constexpr int highestAddress = 7;
+
+// The frame with its numbers, such as "absolute position, pan 19.2, tilt -9.6 degrees, speeds 5 and 5".
+QString inWords(const ViscaCamera::KnownFrame& known, const FrameNumbers& numbers)
+{
+    QString words = known.name;
+    const auto add = [&](const char* text, char letter, const auto& toText) {
+        if (numbers.contains(letter))
+            words += QString(text).arg(toText(numbers[letter]));
+    };
+    const auto decimal = [](int number) { return QString::number(number); };
+    const auto value = [&](int number) {
+        return QString::number(number, known.range.isEmpty() ? 10 : 16).toUpper();
+    };
+    const auto degrees = [](int steps) { return QString::number(Mechanics::degrees(steps), 'f', 1); };
+    add(" %1", 'p', value);
+    add(", %1", 'q', decimal);
+    add(", pan %1", 'Y', degrees);
+    add(", tilt %1 degrees", 'Z', degrees);
+    add(", speeds %1", 'V', decimal);
+    add(" and %1", 'W', decimal);
+    return words;
+}
 
 } // namespace
 
@@ -24,28 +51,31 @@ ViscaCamera::ViscaCamera(const Options& options)
     , presetCount(options.presets)
     , address(options.address)
     , on(!options.standby)
-    , sockets{{{1}, {2}}}
 {
+}
+
+std::vector<ViscaCamera::Event> ViscaCamera::comeOntoLine(Time now)
+{
+    runUntil(now);
+    reply("x0 38 FF", "network change");
+    return std::exchange(events, {});
 }
 
 std::vector<ViscaCamera::Event> ViscaCamera::receive(const QByteArray& bytes, Time now)
 {
     runUntil(now);
-    for (const FrameReader::Piece& piece : reader.take(bytes, clock)) {
-        if (piece.kind == FrameReader::Piece::Kind::Frame)
-            frameArrived(piece.bytes);
-        else if (piece.kind == FrameReader::Piece::Kind::Noise)
-            events.push_back({Event::Kind::Noise, piece.bytes, "no frame, ignored"});
-        else
-            events.push_back({Event::Kind::Noise, piece.bytes, "unfinished frame, forgotten"});
-    }
-    return takeEvents();
+    if (!bytes.isEmpty())
+        lastByteAt = clock;
+    for (const char byte : bytes)
+        takeByte(byte);
+    finishNoise();
+    return std::exchange(events, {});
 }
 
 std::vector<ViscaCamera::Event> ViscaCamera::advance(Time now)
 {
     runUntil(now);
-    return takeEvents();
+    return std::exchange(events, {});
 }
 
 std::optional<ViscaCamera::Time> ViscaCamera::nextDue() const
@@ -58,17 +88,9 @@ std::optional<ViscaCamera::Time> ViscaCamera::nextDue() const
         if (const auto due = completion(socket))
             consider(*due);
     }
+    if (const auto due = patienceEnds())
+        consider(*due);
     return next;
-}
-
-ViscaCamera::Position ViscaCamera::position() const
-{
-    return mechanics.position(clock);
-}
-
-bool ViscaCamera::isMoving() const
-{
-    return mechanics.isMoving(clock);
 }
 
 void ViscaCamera::runUntil(Time now)
@@ -86,41 +108,99 @@ void ViscaCamera::performNext()
         if (completion(socket).value_or(Time::max()) <= clock)
             return complete(socket);
     }
+    if (patienceEnds().value_or(Time::max()) <= clock) {
+        return events.push_back(
+            {Event::Kind::Noise, std::exchange(unfinished, {}), "unfinished frame, forgotten"});
+    }
     const PendingAction next = std::move(pending.front());
     pending.pop_front();
     next.action();
 }
 
-std::vector<ViscaCamera::Event> ViscaCamera::takeEvents()
+// A frame runs from its header (80 to 8F) to FF; bytes before a header are noise.
+void ViscaCamera::takeByte(char byte)
 {
-    return std::exchange(events, {});
+    const bool isHeader = (static_cast<quint8>(byte) & 0xF0) == 0x80;
+    if (unfinished.isEmpty() && !isHeader) {
+        noise.append(byte);
+        return;
+    }
+    finishNoise();
+    // One byte too many is kept to tell a frame that is too long, and no more than that.
+    if (unfinished.size() <= longestFrame)
+        unfinished.append(byte);
+    if (byte == frameEnd)
+        frameArrived(std::exchange(unfinished, {}));
+}
+
+void ViscaCamera::finishNoise()
+{
+    if (!noise.isEmpty())
+        events.push_back({Event::Kind::Noise, std::exchange(noise, {}), "no frame, ignored"});
+}
+
+// When nobody expects the rest of an unfinished frame any more.
+std::optional<Time> ViscaCamera::patienceEnds() const
+{
+    if (unfinished.isEmpty())
+        return std::nullopt;
+    return lastByteAt + frameTimeout;
 }
 
 void ViscaCamera::frameArrived(const QByteArray& frame)
 {
-    Instruction instruction = decode(frame);
-    events.push_back({Event::Kind::Frame, frame, instruction.words});
-    if (!instruction.action)
+    QString words;
+    std::function<void()> action = decode(frame, words);
+    events.push_back({Event::Kind::Frame, frame, words});
+    if (!action)
         return;
     if (pending.size() == longestQueue)
         return reply("x0 60 03 FF", "too many commands at once");
     const Time taken = std::max(clock, nextVideoFrame);
     nextVideoFrame = taken + videoFrame;
-    pending.push_back({taken + replyDelay, std::move(instruction.action)});
+    pending.push_back({taken + replyDelay, std::move(action)});
 }
 
-void ViscaCamera::carryOut(const Order& order)
+// What the camera does on a frame, and the frame in words; nothing for a frame that gets no answer.
+std::function<void()> ViscaCamera::decode(const QByteArray& frame, QString& words)
 {
-    if (isRefused(order.task))
+    const int receiver = frame.at(0) & 0x0F;
+    if (receiver != address && receiver != broadcast) {
+        words = QString("for camera %1, ignored").arg(receiver);
+        return {};
+    }
+    if (frame.size() > longestFrame && receiver == address) {
+        words = "too long";
+        return [=] { reply("x0 60 01 FF", "message length"); };
+    }
+    for (const KnownFrame& known : knownFrames()) {
+        const auto numbers = matchFrame(frame, known.frame.constData());
+        if (!numbers || numbers->contains('x') == (receiver == broadcast))
+            continue;
+        if (known.frame == addressSet && (numbers->value('p') < 1 || numbers->value('p') > highestAddress))
+            continue;
+        words = inWords(known, *numbers);
+        // It holds for the very next frame.
+        if (known.frame == addressSet)
+            address = numbers->value('p');
+        return [this, &known, found = *numbers] { known.act(*this, found); };
+    }
+    words = receiver == broadcast ? "unknown broadcast, ignored" : "unknown command";
+    return receiver == broadcast ? std::function<void()>() : [=] { syntaxError("unknown command"); };
+}
+
+void ViscaCamera::carryOut(Task task, Mechanics::Parts parts, const std::function<void()>& start)
+{
+    if (isRefused(task))
         return refuse();
-    Socket* socket = claimSocket(order.parts);
+    Socket* socket = claimSocket(parts);
     if (!socket)
         return;
-    takeOver(order.parts);
-    order.start();
-    const bool travels = order.completion == Completion::OnArrival;
+    takeOver(parts);
+    start();
+    const bool travels = mechanics.areTargeted(parts);
     *socket = {socket->number, travels ? Socket::State::Travelling : Socket::State::Finishing,
-               clock + completionDelay, order.task, order.parts};
+               clock + completionDelay, task, parts};
     reply("x0 4s FF", QString("ACK, socket %1").arg(socket->number), {{'s', socket->number}});
 }
 
@@ -194,12 +274,6 @@ void ViscaCamera::cancel(int socketNumber)
     reply("x0 6s 04 FF", QString("cancelled, socket %1").arg(socketNumber), {{'s', socketNumber}});
 }
 
-void ViscaCamera::clearSockets()
-{
-    for (Socket& socket : sockets)
-        socket.state = Socket::State::Free;
-}
-
 // A free socket; where there is none, that of a command which a newer one that moves `parts` ends anyway.
 ViscaCamera::Socket* ViscaCamera::claimSocket(Mechanics::Parts parts)
 {
@@ -243,6 +317,11 @@ std::optional<ViscaCamera::Time> ViscaCamera::completion(const Socket& socket) c
         break;
     }
     return std::nullopt;
+}
+
+void ViscaCamera::syntaxError(const QString& reason)
+{
+    reply("x0 60 02 FF", "syntax error, " + reason);
 }
 
 void ViscaCamera::reply(std::string_view pattern, const QString& words, FrameNumbers numbers)

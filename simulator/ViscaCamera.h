@@ -1,7 +1,6 @@
 #pragma once
 
 #include "FramePattern.h"
-#include "FrameReader.h"
 #include "Mechanics.h"
 #include "Registers.h"
 
@@ -28,18 +27,17 @@
  * Where real cameras differ, this one is fixed so:
  *  - It takes one frame per video frame, acts on it and answers it `replyDelay` later.
  *  - The newest command wins. One that moves pan and tilt ends a Home or recall under way, which is told its
- * completion; a zoom command takes only the zoom from a recall, which completes with pan and tilt.
- *  - Recalling a preset that was never stored is "not executable".
+ *    completion; a zoom command takes only the zoom from a recall, which completes with pan and tilt.
+ *  - Recalling a preset that was never stored is "not executable", and so is moving the focus by hand while
+ *    it is automatic.
  *  - Frames for other cameras and unknown broadcasts get no answer. An address that it is offered holds for
- * the very next frame.
- *  - Home moves pan and tilt only; recalling a preset moves the zoom too. Both go at full speed, as does the
- * lens to a position. A position beyond what the mechanics can do is a syntax error; within that the limits
- * that were set are as far as the camera goes. A reset goes home.
+ *    the very next frame.
+ *  - Home and a reset move pan and tilt only; recalling a preset moves the zoom too. A position beyond what
+ *    the mechanics can do leads to their limit, and one beyond the limits that were set leads to these.
  *  - In standby it refuses each command but power. Inquiries are answered, and so is what keeps the line in
- * order: address set, interface clear and cancel. Switched on, it stands where it stood, and its registers
- * are as after power-on.
- *  - Interface clear empties the sockets without a word and stops nothing. The strict rules no longer protect
- * a Home or recall that goes on so.
+ *    order: address set, interface clear and cancel. Switched on, it stands where it stood, and its registers
+ *    are as after power-on.
+ *  - Interface clear ends every journey where it is, without a word; a drive goes on.
  *
  * Any byte stream is survived with bounded memory.
  */
@@ -55,7 +53,7 @@ public:
            (hex) and zoom codes up to F act as the fastest. */
         Lenient,
         /** As one strict family of cameras: what would disturb a drive, a Home or a recall under way is
-           refused, and so is each speed code without a speed of its own. */
+           refused, and so is each speed code without a speed of its own and each position out of range. */
         Strict
     };
 
@@ -83,7 +81,7 @@ public:
         {
             /** A frame from the controller, from its header to FF; of one too long the first 17 bytes. */
             Frame,
-            /** Bytes that belong to no frame. */
+            /** Bytes that belong to no frame, or to one whose rest never came. */
             Noise,
             /** A reply to the controller. */
             Reply
@@ -99,6 +97,9 @@ public:
     ViscaCamera(const ViscaCamera&) = delete;
     ViscaCamera& operator=(const ViscaCamera&) = delete;
 
+    /** Tells that the camera has come onto the line: the network change, which nobody asked for. */
+    std::vector<Event> comeOntoLine(Time now);
+
     /** Takes `bytes` as arriving at `now`, cut anywhere. Returns what fell due until now, then what arrived.
      */
     std::vector<Event> receive(const QByteArray& bytes, Time now);
@@ -106,63 +107,44 @@ public:
     /** Lets time pass until `now` and returns what fell due, in order. */
     std::vector<Event> advance(Time now);
 
-    /** When advance() next has something to do; nothing while no reply is outstanding, even if the camera
-     * moves. */
+    /** When advance() next has something to do; nothing while no reply is outstanding and no frame
+     * unfinished, even if the camera moves. */
     std::optional<Time> nextDue() const;
 
     /** The position at the last time the camera was told. */
-    Position position() const;
+    Position position() const { return mechanics.position(clock); }
 
     /** Whether it was moving at that time: pan, tilt or zoom. */
-    bool isMoving() const;
+    bool isMoving() const { return mechanics.isMoving(Mechanics::PanTilt | Mechanics::Zoom, clock); }
 
     /** Whether it is switched on, not in standby. */
     bool isOn() const { return on; }
 
     /** Whether it shows left and right exchanged, or up and down. */
-    bool isMirrored() const { return registers.value("mirror") == registerOn; }
+    bool isMirrored() const { return registers.isOn(Registers::mirror); }
 
-    bool isFlipped() const { return registers.value("flip") == registerOn; }
+    bool isFlipped() const { return registers.isOn(Registers::flip); }
 
     /** The stored presets by number, from 0. */
     const QMap<int, Position>& presets() const { return storedPresets; }
 
-    /** A frame that the camera understands: its name and its pattern. */
+    /** A frame that the camera understands. */
     struct KnownFrame
     {
         QString name;
-        QString frame;
+        /** Its pattern. */
+        QByteArray frame;
+        /** Makes the camera act on it, with the numbers in it. */
+        std::function<void(ViscaCamera& camera, const FrameNumbers& numbers)> act;
+        /** The values of a register. */
+        QString range = {};
     };
 
-    /** All of them: commands, inquiries and what the registers have of both. */
-    static std::vector<KnownFrame> knownFrames();
+    /** All of them: commands and inquiries. */
+    static const std::vector<KnownFrame>& knownFrames();
 
 private:
-    /** VISCA's values for what can be on or off. */
-    static constexpr int registerOn = 2;
-
-    /** What a frame asks for; a frame that gets no answer has no action. */
-    struct Instruction
-    {
-        QString words;
-        std::function<void()> action;
-    };
-
-    /** A line in the table of commands. */
-    struct Command
-    {
-        const char* name;
-        const char* frame;
-        Instruction (ViscaCamera::*decode)(const FrameNumbers& numbers);
-    };
-
-    /** A line in the table of inquiries. */
-    struct Inquiry
-    {
-        const char* name;
-        const char* frame;
-        void (ViscaCamera::*answer)(const FrameNumbers& numbers);
-    };
+    static constexpr char addressSet[] = "88 30 0p FF";
 
     struct PendingAction
     {
@@ -182,22 +164,6 @@ private:
         Zoom,
         Power,
         Other
-    };
-
-    enum class Completion
-    {
-        AtOnce,
-        OnArrival
-    };
-
-    /** What an accepted command does. */
-    struct Order
-    {
-        Task task;
-        /** What it moves from now on. */
-        Mechanics::Parts parts;
-        Completion completion;
-        std::function<void()> start;
     };
 
     /** One of the two places in which VISCA keeps a command from its ACK to its completion. */
@@ -221,85 +187,66 @@ private:
     // ViscaCamera.cpp: the line, the sockets and the replies.
     void runUntil(Time now);
     void performNext();
-    std::vector<Event> takeEvents();
+    void takeByte(char byte);
+    void finishNoise();
+    std::optional<Time> patienceEnds() const;
     void frameArrived(const QByteArray& frame);
-
-    void carryOut(const Order& order);
+    std::function<void()> decode(const QByteArray& frame, QString& words);
+    void carryOut(Task task, Mechanics::Parts parts, const std::function<void()>& start);
     void refuse();
     bool isRefused(Task task) const;
     bool isUnderWay(Task task) const;
     static bool isEndedBy(const Socket& socket, Mechanics::Parts parts);
     void takeOver(Mechanics::Parts parts);
     void cancel(int socketNumber);
-    void clearSockets();
-
     Socket* claimSocket(Mechanics::Parts parts);
     void complete(Socket& socket);
     void release(Socket& socket);
     std::optional<Time> completion(const Socket& socket) const;
-
     void reply(std::string_view pattern, const QString& words, FrameNumbers numbers = {});
+    void syntaxError(const QString& reason);
 
-    // ViscaCommands.cpp: what each frame means.
-    static const std::vector<Command>& commands();
-    Instruction decode(const QByteArray& frame);
-    Instruction syntaxError(const QString& words);
-    QString speedFault(int panCode, int tiltCode) const;
-    int fastestLensCode() const;
-    Instruction decodeAddressSet(const FrameNumbers& numbers);
-    Instruction decodeInterfaceClear(const FrameNumbers& numbers);
-    Instruction decodeCancel(const FrameNumbers& numbers);
-    Instruction decodePowerOn(const FrameNumbers& numbers);
-    Instruction decodePowerOff(const FrameNumbers& numbers);
-    Instruction decodeDrive(const FrameNumbers& numbers);
-    Instruction decodeHome(const FrameNumbers& numbers);
-    Instruction decodeAbsolutePosition(const FrameNumbers& numbers);
-    Instruction decodeRelativePosition(const FrameNumbers& numbers);
-    Instruction decodePanTiltReset(const FrameNumbers& numbers);
-    Instruction decodeLimitSet(const FrameNumbers& numbers);
-    Instruction decodeLimitClear(const FrameNumbers& numbers);
-    Instruction decodeZoom(const FrameNumbers& numbers);
-    Instruction decodeZoomDirect(const FrameNumbers& numbers);
-    Instruction decodeFocus(const FrameNumbers& numbers);
-    Instruction decodeFocusDirect(const FrameNumbers& numbers);
-    Instruction decodePresetReset(const FrameNumbers& numbers);
-    Instruction decodePresetStore(const FrameNumbers& numbers);
-    Instruction decodePresetRecall(const FrameNumbers& numbers);
-
-    bool hasPreset(int preset) const { return preset < presetCount; }
-
-    Instruction presetOutOfRange(int preset);
+    // ViscaCommands.cpp: what the frames mean.
+    static void addCommands(std::vector<KnownFrame>& frames);
+    static void addInquiries(std::vector<KnownFrame>& frames);
+    static void addRegisters(std::vector<KnownFrame>& frames);
+    bool hasSpeeds(int panCode, int tiltCode);
+    bool accepts(double position, double low, double high);
+    bool acceptsDirection(double pan, double tilt);
+    void switchOn();
+    void switchOff();
+    void drive(const FrameNumbers& numbers, int panWay, int tiltWay);
+    void home();
+    void goTo(const FrameNumbers& numbers, const Position& from);
+    void travel(double pan, double tilt, int panCode, int tiltCode);
+    void setLimit(Mechanics::Corner corner, double pan, double tilt);
+    void driveLens(Mechanics::Part part, int way, int code);
+    void lensTo(Mechanics::Parts parts, int zoom, int focus);
+    void orderLens(Mechanics::Parts parts, const std::function<void()>& start);
+    void changePreset(int preset, Task task, const std::function<void()>& change);
+    void resetPreset(int preset);
     void recallPreset(int preset);
-
-    std::optional<Instruction> decodeRegister(const QByteArray& frame);
-    Instruction decodeRegisterValue(const Registers::Line& line, const FrameNumbers& numbers);
-    Instruction decodeRegisterStep(const Registers::Line& line, const FrameNumbers& numbers);
-    Instruction changeRegister(const QString& words, const std::function<void()>& change);
-
-    // ViscaInquiries.cpp: what the camera tells.
-    static const std::vector<Inquiry>& inquiries();
-    void answerVersion(const FrameNumbers& numbers);
-    void answerPower(const FrameNumbers& numbers);
-    void answerPanTiltPosition(const FrameNumbers& numbers);
-    void answerPanTiltStatus(const FrameNumbers& numbers);
-    void answerPanTiltMaximumSpeeds(const FrameNumbers& numbers);
-    void answerZoomPosition(const FrameNumbers& numbers);
-    void answerFocusPosition(const FrameNumbers& numbers);
-    void answerRegister(const Registers::Line& line);
-    void answerBlock(const FrameNumbers& numbers);
+    void setRegister(const Register& row, int value);
+    void tellPosition();
+    void tellBlock(std::size_t block);
 
     const BusyRules rules;
     const int presetCount;
     int address;
     bool on;
-    FrameReader reader;
+    /** What has arrived of a frame, and bytes that belong to none. */
+    QByteArray unfinished;
+    QByteArray noise;
+    Time lastByteAt{0};
     Mechanics mechanics;
     Registers registers;
     QMap<int, Position> storedPresets;
+    QMap<int, int> presetSpeeds;
+    int lastRecalled = 0;
     Time clock{0};
     std::vector<Event> events;
 
     std::deque<PendingAction> pending;
     Time nextVideoFrame{0};
-    std::array<Socket, 2> sockets;
+    std::array<Socket, 2> sockets{{{1}, {2}}};
 };

@@ -1,493 +1,398 @@
-// What each frame means to the camera: the table of commands, and for each of them the check of its numbers,
-// its words and its order.
+// What the frames mean to the camera: the table of those that it knows, and what each makes it do.
 
 #include "ViscaCamera.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
-#include <optional>
 
 namespace {
 
-constexpr int broadcast = 8;
-constexpr int highestAddress = 7;
+using Corner = Mechanics::Corner;
 
-// The speed codes that are accepted, beyond those with a speed of their own.
-constexpr int lenientSlowestCode = 0x00;
+// The fastest tilt code that is accepted beyond those with a speed of their own.
 constexpr int lenientFastestTiltCode = 0x18;
-constexpr int lenientFastestLensCode = 0x0F;
 
-// The ways that the lens goes, by the digit that VISCA has for each.
-struct LensWay
+int steps(double degrees)
 {
-    const char* name;
-    Mechanics::Way way;
-};
-
-using LensWays = std::array<LensWay, 4>;
-constexpr LensWays zoomWays{
-    {{"stop", Mechanics::Stopped}, {}, {"tele", Mechanics::Forwards}, {"wide", Mechanics::Backwards}}};
-constexpr LensWays focusWays{
-    {{"stop", Mechanics::Stopped}, {}, {"far", Mechanics::Backwards}, {"near", Mechanics::Forwards}}};
-
-struct LensMotion
-{
-    Mechanics::Way way;
-    int code;
-    QString words;
-};
-
-// 00 is a stop, 02 and 03 go either way at the standard speed, 2p and 3p at speed p. Nothing for anything
-// else.
-std::optional<LensMotion> lensMotion(const LensWays& ways, int parameter, int fastestCode)
-{
-    if (parameter == 0)
-        return LensMotion{ways[0].way, 0, ways[0].name};
-    const bool standard = parameter < 0x10;
-    const int digit = standard ? parameter : parameter >> 4;
-    const int code = standard ? Mechanics::standardLensCode : parameter & 0x0F;
-    if (digit < 2 || digit > 3 || code > fastestCode)
-        return std::nullopt;
-    const LensWay& chosen = ways[static_cast<std::size_t>(digit)];
-    const QString speed = standard ? QString("standard speed") : QString("speed %1").arg(code);
-    return LensMotion{chosen.way, code, QString("%1, %2").arg(chosen.name, speed)};
+    return static_cast<int>(std::lround(degrees / Mechanics::degreesPerStep));
 }
 
-// Degrees.
-struct Direction
+int whole(double position)
 {
-    double pan;
-    double tilt;
-};
-
-// The position on the line is in steps, as two's complement of 16 bits.
-double degrees(int steps)
-{
-    return (steps < 0x8000 ? steps : steps - 0x10000) * Mechanics::degreesPerStep;
-}
-
-Direction directionIn(const FrameNumbers& numbers)
-{
-    return {degrees(numbers['Y']), degrees(numbers['Z'])};
-}
-
-bool isWithinMechanics(const Direction& direction)
-{
-    return std::abs(direction.pan) <= Mechanics::panLimit && direction.tilt >= Mechanics::tiltLowLimit &&
-           direction.tilt <= Mechanics::tiltHighLimit;
-}
-
-QString words(const Direction& direction)
-{
-    return QString("pan %1, tilt %2 degrees").arg(direction.pan, 0, 'f', 1).arg(direction.tilt, 0, 'f', 1);
-}
-
-std::optional<Mechanics::Corner> cornerIn(const FrameNumbers& numbers)
-{
-    switch (numbers['w']) {
-    case 0:
-        return Mechanics::Corner::DownLeft;
-    case 1:
-        return Mechanics::Corner::UpRight;
-    default:
-        return std::nullopt;
-    }
-}
-
-const char* cornerName(Mechanics::Corner corner)
-{
-    return corner == Mechanics::Corner::UpRight ? "up-right" : "down-left";
+    return static_cast<int>(std::lround(position));
 }
 
 } // namespace
 
-const std::vector<ViscaCamera::Command>& ViscaCamera::commands()
+const std::vector<ViscaCamera::KnownFrame>& ViscaCamera::knownFrames()
 {
-    static const std::vector<Command> table{
-        {"address set", "88 30 0p FF", &ViscaCamera::decodeAddressSet},
-        {"interface clear, broadcast", "88 01 00 01 FF", &ViscaCamera::decodeInterfaceClear},
-        {"interface clear", "8x 01 00 01 FF", &ViscaCamera::decodeInterfaceClear},
-        {"cancel", "8x 2s FF", &ViscaCamera::decodeCancel},
-        {"power on", "8x 01 04 00 02 FF", &ViscaCamera::decodePowerOn},
-        {"power off", "8x 01 04 00 03 FF", &ViscaCamera::decodePowerOff},
-        {"pan-tilt drive", "8x 01 06 01 VV WW 0h 0v FF", &ViscaCamera::decodeDrive},
-        {"home", "8x 01 06 04 FF", &ViscaCamera::decodeHome},
-        {"absolute position", "8x 01 06 02 VV WW 0Y 0Y 0Y 0Y 0Z 0Z 0Z 0Z FF",
-         &ViscaCamera::decodeAbsolutePosition},
-        {"relative position", "8x 01 06 03 VV WW 0Y 0Y 0Y 0Y 0Z 0Z 0Z 0Z FF",
-         &ViscaCamera::decodeRelativePosition},
-        {"pan-tilt reset", "8x 01 06 05 FF", &ViscaCamera::decodePanTiltReset},
-        {"pan-tilt limit set", "8x 01 06 07 00 0w 0Y 0Y 0Y 0Y 0Z 0Z 0Z 0Z FF", &ViscaCamera::decodeLimitSet},
-        {"pan-tilt limit clear", "8x 01 06 07 01 0w 07 0F 0F 0F 07 0F 0F 0F FF",
-         &ViscaCamera::decodeLimitClear},
-        {"zoom stop, tele, wide", "8x 01 04 07 pp FF", &ViscaCamera::decodeZoom},
-        {"zoom direct", "8x 01 04 47 0p 0p 0p 0p FF", &ViscaCamera::decodeZoomDirect},
-        {"focus stop, far, near", "8x 01 04 08 pp FF", &ViscaCamera::decodeFocus},
-        {"focus direct", "8x 01 04 48 0p 0p 0p 0p FF", &ViscaCamera::decodeFocusDirect},
-        {"preset reset", "8x 01 04 3F 00 pp FF", &ViscaCamera::decodePresetReset},
-        {"preset store", "8x 01 04 3F 01 pp FF", &ViscaCamera::decodePresetStore},
-        {"preset recall", "8x 01 04 3F 02 pp FF", &ViscaCamera::decodePresetRecall},
-    };
-    return table;
+    static const std::vector<KnownFrame> all = [] {
+        std::vector<KnownFrame> frames;
+        addCommands(frames);
+        addInquiries(frames);
+        addRegisters(frames);
+        return frames;
+    }();
+    return all;
 }
 
-ViscaCamera::Instruction ViscaCamera::decode(const QByteArray& frame)
+void ViscaCamera::addCommands(std::vector<KnownFrame>& frames)
 {
-    const int receiver = frame.at(0) & 0x0F;
-    if (receiver != address && receiver != broadcast)
-        return {QString("for camera %1, ignored").arg(receiver), {}};
-    if (frame.size() > FrameReader::longestFrame && receiver == address)
-        return {"too long", [=] { reply("x0 60 01 FF", "message length"); }};
-    for (const Command& command : commands()) {
-        const auto numbers = matchFrame(frame, command.frame);
-        if (numbers && numbers->contains('x') == (receiver != broadcast))
-            return (this->*command.decode)(*numbers);
+    using C = ViscaCamera;
+    using N = const FrameNumbers&;
+    const auto add = [&frames](const char* name, const char* frame, auto act) {
+        frames.push_back({name, frame, act});
+    };
+    const auto drive = [](int panWay, int tiltWay) {
+        return [=](C& camera, N n) { camera.drive(n, panWay, tiltWay); };
+    };
+    // Without a speed in the frame it is the standard speed.
+    const auto lens = [](Mechanics::Part part, int way) {
+        return
+            [=](C& camera, N n) { camera.driveLens(part, way, n.value('p', Mechanics::standardLensCode)); };
+    };
+    const auto zoom = [=](int way) { return lens(Mechanics::Zoom, way); };
+    const auto focus = [=](int way) { return lens(Mechanics::Focus, way); };
+    const auto clear = [](const char* answer) {
+        return [=](C& c, N) {
+            for (Socket& socket : c.sockets)
+                c.release(socket);
+            c.reply(answer, "interface cleared");
+        };
+    };
+    const auto limit = [](Corner corner) {
+        return [=](C& c, N n) { c.setLimit(corner, Mechanics::degrees(n['Y']), Mechanics::degrees(n['Z'])); };
+    };
+    add("address set", addressSet, [](C& c, N n) {
+        const int next = n['p'] + 1;
+        c.reply("88 30 0p FF", QString("the next camera would have address %1").arg(next), {{'p', next}});
+    });
+    add("interface clear, broadcast", "88 01 00 01 FF", clear("88 01 00 01 FF"));
+    add("interface clear", "8x 01 00 01 FF", clear("x0 50 FF"));
+    add("cancel socket", "8x 2p FF", [](C& c, N n) { c.cancel(n['p']); });
+    add("power on", "8x 01 04 00 02 FF", [](C& c, N) { c.switchOn(); });
+    add("power off", "8x 01 04 00 03 FF", [](C& c, N) { c.switchOff(); });
+    add("drive up", "8x 01 06 01 VV WW 03 01 FF", drive(0, 1));
+    add("drive down", "8x 01 06 01 VV WW 03 02 FF", drive(0, -1));
+    add("drive left", "8x 01 06 01 VV WW 01 03 FF", drive(-1, 0));
+    add("drive right", "8x 01 06 01 VV WW 02 03 FF", drive(1, 0));
+    add("drive up-left", "8x 01 06 01 VV WW 01 01 FF", drive(-1, 1));
+    add("drive up-right", "8x 01 06 01 VV WW 02 01 FF", drive(1, 1));
+    add("drive down-left", "8x 01 06 01 VV WW 01 02 FF", drive(-1, -1));
+    add("drive down-right", "8x 01 06 01 VV WW 02 02 FF", drive(1, -1));
+    add("drive stop", "8x 01 06 01 VV WW 03 03 FF", drive(0, 0));
+    add("home", "8x 01 06 04 FF", [](C& c, N) { c.home(); });
+    add("pan-tilt reset", "8x 01 06 05 FF", [](C& c, N) { c.home(); });
+    add("absolute position", "8x 01 06 02 VV WW 0Y 0Y 0Y 0Y 0Z 0Z 0Z 0Z FF",
+        [](C& c, N n) { c.goTo(n, {}); });
+    add("relative position", "8x 01 06 03 VV WW 0Y 0Y 0Y 0Y 0Z 0Z 0Z 0Z FF",
+        [](C& c, N n) { c.goTo(n, c.position()); });
+    add("limit down-left set", "8x 01 06 07 00 00 0Y 0Y 0Y 0Y 0Z 0Z 0Z 0Z FF", limit(Corner::DownLeft));
+    add("limit up-right set", "8x 01 06 07 00 01 0Y 0Y 0Y 0Y 0Z 0Z 0Z 0Z FF", limit(Corner::UpRight));
+    add("limit down-left cleared", "8x 01 06 07 01 00 07 0F 0F 0F 07 0F 0F 0F FF",
+        [](C& c, N) { c.setLimit(Corner::DownLeft, -Mechanics::panLimit, Mechanics::tiltLowLimit); });
+    add("limit up-right cleared", "8x 01 06 07 01 01 07 0F 0F 0F 07 0F 0F 0F FF",
+        [](C& c, N) { c.setLimit(Corner::UpRight, Mechanics::panLimit, Mechanics::tiltHighLimit); });
+    add("zoom stop", "8x 01 04 07 00 FF", zoom(0));
+    add("zoom tele, standard speed", "8x 01 04 07 02 FF", zoom(1));
+    add("zoom wide, standard speed", "8x 01 04 07 03 FF", zoom(-1));
+    add("zoom tele, speed", "8x 01 04 07 2p FF", zoom(1));
+    add("zoom wide, speed", "8x 01 04 07 3p FF", zoom(-1));
+    add("zoom direct", "8x 01 04 47 0p 0p 0p 0p FF",
+        [](C& c, N n) { c.lensTo(Mechanics::Zoom, n['p'], {}); });
+    add("zoom and focus direct", "8x 01 04 47 0p 0p 0p 0p 0q 0q 0q 0q FF",
+        [](C& c, N n) { c.lensTo(Mechanics::Zoom | Mechanics::Focus, n['p'], n['q']); });
+    add("focus stop", "8x 01 04 08 00 FF", focus(0));
+    add("focus far, standard speed", "8x 01 04 08 02 FF", focus(-1));
+    add("focus near, standard speed", "8x 01 04 08 03 FF", focus(1));
+    add("focus far, speed", "8x 01 04 08 2p FF", focus(-1));
+    add("focus near, speed", "8x 01 04 08 3p FF", focus(1));
+    add("focus direct", "8x 01 04 48 0p 0p 0p 0p FF",
+        [](C& c, N n) { c.lensTo(Mechanics::Focus, {}, n['p']); });
+    add("focus infinity", "8x 01 04 18 02 FF",
+        [](C& c, N) { c.lensTo(Mechanics::Focus, {}, whole(Mechanics::focusFar)); });
+    add("reset preset", "8x 01 04 3F 00 pp FF", [](C& c, N n) { c.resetPreset(n['p']); });
+    add("store preset", "8x 01 04 3F 01 pp FF", [](C& c, N n) {
+        c.changePreset(n['p'], Task::StorePreset, [&c, n] { c.storedPresets[n['p']] = c.position(); });
+    });
+    add("speed of preset", "8x 01 7E 01 0B pp qq FF", [](C& c, N n) {
+        if (c.hasSpeeds(n['q'], Mechanics::slowestCode))
+            c.changePreset(n['p'], Task::Other, [&c, n] { c.presetSpeeds[n['p']] = n['q']; });
+    });
+    add("recall preset", "8x 01 04 3F 02 pp FF", [](C& c, N n) { c.recallPreset(n['p']); });
+}
+
+void ViscaCamera::addInquiries(std::vector<KnownFrame>& frames)
+{
+    using C = ViscaCamera;
+    using N = const FrameNumbers&;
+    const auto add = [&frames](const char* name, const char* frame, auto act) {
+        frames.push_back({name, frame, act});
+    };
+    const auto tell = [](const char* answer, const char* words, auto value) {
+        return [=](C& c, N) { c.reply(answer, QString(words).arg(value(c)), {{'p', value(c)}}); };
+    };
+    const char* const position = "x0 50 0p 0p 0p 0p FF";
+    // Vendor "VA", model 1, firmware 1.0, two sockets.
+    add("version inquiry", "8x 09 00 02 FF", [](C& c, N) {
+        c.reply("x0 50 56 41 00 01 01 00 02 FF", "vendor 5641, model 0001, firmware 0100, 2 sockets");
+    });
+    add("power inquiry", "8x 09 04 00 FF",
+        [](C& c, N) { c.reply(c.on ? "x0 50 02 FF" : "x0 50 03 FF", c.on ? "on" : "standby"); });
+    add("pan-tilt position inquiry", "8x 09 06 12 FF", [](C& c, N) { c.tellPosition(); });
+    add("pan-tilt status inquiry", "8x 09 06 10 FF", [](C& c, N) {
+        const int status = c.mechanics.panTiltStatus(c.clock);
+        c.reply("x0 50 pp pp FF", QString("status %1").arg(status, 4, 16, QChar('0')), {{'p', status}});
+    });
+    add("maximum speeds inquiry", "8x 09 06 11 FF", [](C& c, N) {
+        const FrameNumbers codes{{'V', Mechanics::fastestPanCode}, {'W', Mechanics::fastestTiltCode}};
+        c.reply("x0 50 VV WW FF", QString("pan speed %1, tilt speed %2").arg(codes['V']).arg(codes['W']),
+                codes);
+    });
+    add("zoom position inquiry", "8x 09 04 47 FF",
+        tell(position, "zoom %1", [](C& c) { return whole(c.position().zoom); }));
+    add("focus position inquiry", "8x 09 04 48 FF",
+        tell(position, "focus %1", [](C& c) { return whole(c.mechanics.focus(c.clock)); }));
+    add("last preset inquiry", "8x 09 04 3F FF",
+        tell("x0 50 pp FF", "preset %1", [](C& c) { return c.lastRecalled; }));
+    add("block inquiry", "8x 09 7E 7E 0p FF",
+        [](C& c, N n) { c.tellBlock(static_cast<std::size_t>(n['p'])); });
+}
+
+void ViscaCamera::addRegisters(std::vector<KnownFrame>& frames)
+{
+    using C = ViscaCamera;
+    using N = const FrameNumbers&;
+    const auto add = [&frames](const QString& name, const QByteArray& form, auto act,
+                               const char* range = "") {
+        if (!form.isEmpty())
+            frames.push_back({name, "8x " + form + " FF", act, range});
+    };
+    for (const Register& row : Registers::table()) {
+        const QString name = row.name;
+        const QByteArray steps = row.steps;
+        const auto step = [&row](int places) {
+            return [=, &row](C& c, N) {
+                c.setRegister(row, row.neighbour(c.registers.value(row.name), places));
+            };
+        };
+        const auto setTo = [&row](int value) { return [=, &row](C& c, N) { c.setRegister(row, value); }; };
+        add(
+            name, row.sets, [&row](C& c, N n) { c.setRegister(row, n.value('p', row.afterPowerOn)); },
+            row.range);
+        if (steps.contains('s')) {
+            add(name + " reset", QByteArray(steps).replace('s', '0'), setTo(row.afterPowerOn));
+            add(name + " up", QByteArray(steps).replace('s', '2'), step(1));
+            add(name + " down", QByteArray(steps).replace('s', '3'), step(-1));
+        } else {
+            add(name + " toggle", steps, [&row](C& c, N) {
+                c.setRegister(row, c.registers.isOn(row.name) ? Registers::off : Registers::on);
+            });
+        }
+        add(name + " inquiry", row.inquiry, [&row](C& c, N) {
+            const int value = c.registers.value(row.name);
+            c.reply(row.answer().constData(),
+                    QString("%1 %2").arg(row.name, QString::number(value, 16).toUpper()), {{'p', value}});
+        });
     }
-    if (receiver == broadcast)
-        return {"unknown broadcast, ignored", {}};
-    for (const Inquiry& inquiry : inquiries()) {
-        if (const auto numbers = matchFrame(frame, inquiry.frame))
-            return {QString("%1 inquiry").arg(inquiry.name), [=] { (this->*inquiry.answer)(*numbers); }};
-    }
-    return decodeRegister(frame).value_or(syntaxError("unknown command"));
 }
 
-ViscaCamera::Instruction ViscaCamera::syntaxError(const QString& words)
-{
-    return {words, [=] { reply("x0 60 02 FF", "syntax error"); }};
-}
-
-ViscaCamera::Instruction ViscaCamera::decodeAddressSet(const FrameNumbers& numbers)
-{
-    const int offered = numbers['p'];
-    if (offered < 1 || offered > highestAddress)
-        return {"address set, no address for a camera, ignored", {}};
-    address = offered;
-    return {QString("address set, %1").arg(offered), [=] {
-                reply("88 30 0p FF", QString("the next camera would have address %1").arg(offered + 1),
-                      {{'p', offered + 1}});
-            }};
-}
-
-ViscaCamera::Instruction ViscaCamera::decodeInterfaceClear(const FrameNumbers& numbers)
-{
-    const bool toAll = !numbers.contains('x');
-    return {toAll ? "interface clear, broadcast" : "interface clear", [=] {
-                clearSockets();
-                reply(toAll ? "88 01 00 01 FF" : "x0 50 FF", "interface cleared");
-            }};
-}
-
-ViscaCamera::Instruction ViscaCamera::decodeCancel(const FrameNumbers& numbers)
-{
-    const int socket = numbers['s'];
-    return {QString("cancel socket %1").arg(socket), [=] { cancel(socket); }};
-}
-
-ViscaCamera::Instruction ViscaCamera::decodePowerOn(const FrameNumbers&)
-{
-    const auto start = [=] {
-        if (on)
-            return;
-        on = true;
-        registers = Registers();
-        reply("x0 38 FF", "network change");
-    };
-    return {"power on", [=] { carryOut({Task::Power, {}, Completion::AtOnce, start}); }};
-}
-
-ViscaCamera::Instruction ViscaCamera::decodePowerOff(const FrameNumbers&)
-{
-    const auto start = [=] {
-        mechanics.stop(clock);
-        on = false;
-    };
-    return {"power off", [=] { carryOut({Task::Power, Mechanics::everyPart, Completion::AtOnce, start}); }};
-}
-
-// What is wrong with these speed codes, if anything.
-QString ViscaCamera::speedFault(int panCode, int tiltCode) const
+// Whether both are codes for a speed; if not, that is answered.
+bool ViscaCamera::hasSpeeds(int panCode, int tiltCode)
 {
     const bool strict = rules == BusyRules::Strict;
-    const int slowest = strict ? Mechanics::slowestCode : lenientSlowestCode;
-    const int fastestTilt = strict ? Mechanics::fastestTiltCode : lenientFastestTiltCode;
-    if (panCode < slowest || panCode > Mechanics::fastestPanCode)
-        return QString("pan speed %1 out of range").arg(panCode);
-    if (tiltCode < slowest || tiltCode > fastestTilt)
-        return QString("tilt speed %1 out of range").arg(tiltCode);
-    return {};
+    const int slowest = strict ? Mechanics::slowestCode : 0;
+    const bool has = panCode >= slowest && panCode <= Mechanics::fastestPanCode && tiltCode >= slowest &&
+                     tiltCode <= (strict ? Mechanics::fastestTiltCode : lenientFastestTiltCode);
+    if (!has)
+        syntaxError("no such speed");
+    return has;
 }
 
-ViscaCamera::Instruction ViscaCamera::decodeDrive(const FrameNumbers& numbers)
+// Whether the camera goes there, as far as it can; if not, that is answered.
+bool ViscaCamera::accepts(double position, double low, double high)
 {
+    const bool accepted = rules == BusyRules::Lenient || (position > low - 0.01 && position < high + 0.01);
+    if (!accepted)
+        syntaxError("out of range");
+    return accepted;
+}
+
+bool ViscaCamera::acceptsDirection(double pan, double tilt)
+{
+    return accepts(pan, -Mechanics::panLimit, Mechanics::panLimit) &&
+           accepts(tilt, Mechanics::tiltLowLimit, Mechanics::tiltHighLimit);
+}
+
+void ViscaCamera::switchOn()
+{
+    carryOut(Task::Power, {}, [=] {
+        if (!on)
+            registers = Registers();
+        on = true;
+    });
+}
+
+void ViscaCamera::switchOff()
+{
+    carryOut(Task::Power, Mechanics::Everything, [=] {
+        mechanics.stopEverything(clock);
+        on = false;
+    });
+}
+
+void ViscaCamera::drive(const FrameNumbers& numbers, int panWay, int tiltWay)
+{
+    if (hasSpeeds(numbers['V'], numbers['W'])) {
+        carryOut(Task::Drive, Mechanics::PanTilt,
+                 [=] { mechanics.drive(panWay, numbers['V'], tiltWay, numbers['W'], clock); });
+    }
+}
+
+void ViscaCamera::home()
+{
+    travel(0, 0, Mechanics::fastestPanCode, Mechanics::fastestTiltCode);
+}
+
+// Counted from there. One speed for both axes is the form of several families.
+void ViscaCamera::goTo(const FrameNumbers& numbers, const Position& from)
+{
+    const double pan = from.pan + Mechanics::degrees(numbers['Y']);
+    const double tilt = from.tilt + Mechanics::degrees(numbers['Z']);
     const int panCode = numbers['V'];
     const int tiltCode = numbers['W'];
-    const QString fault = speedFault(panCode, tiltCode);
-    if (!fault.isEmpty())
-        return syntaxError("drive, " + fault);
-
-    // By direction digit: 1 left or up, 2 right or down, 3 not at all.
-    using Way = Mechanics::Way;
-    static constexpr std::array<Way, 4> panWays{{{}, Way::Backwards, Way::Forwards, Way::Stopped}};
-    static constexpr std::array<Way, 4> tiltWays{{{}, Way::Forwards, Way::Backwards, Way::Stopped}};
-    static constexpr std::array<std::array<const char*, 4>, 4> names{{
-        {},
-        {"", "up-left", "up-right", "up"},
-        {"", "down-left", "down-right", "down"},
-        {"", "left", "right", "stop"},
-    }};
-    const auto pan = static_cast<std::size_t>(numbers['h']);
-    const auto tilt = static_cast<std::size_t>(numbers['v']);
-    if (pan < 1 || pan > 3 || tilt < 1 || tilt > 3)
-        return syntaxError("drive, unknown direction");
-    const auto start = [=] { mechanics.drive(panWays[pan], panCode, tiltWays[tilt], tiltCode, clock); };
-    return {QString("drive %1, pan speed %2, tilt speed %3").arg(names[tilt][pan]).arg(panCode).arg(tiltCode),
-            [=] {
-                carryOut({Task::Drive, Mechanics::PanTilt, Completion::AtOnce, start});
-            }};
+    if (hasSpeeds(panCode, tiltCode == 0 ? Mechanics::slowestCode : tiltCode) && acceptsDirection(pan, tilt))
+        travel(pan, tilt, panCode, tiltCode);
 }
 
-ViscaCamera::Instruction ViscaCamera::decodeHome(const FrameNumbers&)
+void ViscaCamera::travel(double pan, double tilt, int panCode, int tiltCode)
 {
-    const auto start = [=] { mechanics.goTo(0, 0, clock); };
-    return {"home", [=] { carryOut({Task::Travel, Mechanics::PanTilt, Completion::OnArrival, start}); }};
+    carryOut(Task::Travel, Mechanics::PanTilt, [=] { mechanics.goTo(pan, tilt, panCode, tiltCode, clock); });
 }
 
-ViscaCamera::Instruction ViscaCamera::decodePanTiltReset(const FrameNumbers& numbers)
+void ViscaCamera::setLimit(Corner corner, double pan, double tilt)
 {
-    return {"pan-tilt reset", decodeHome(numbers).action};
+    if (!acceptsDirection(pan, tilt))
+        return;
+    const double furthestPan = std::clamp(pan, -Mechanics::panLimit, Mechanics::panLimit);
+    const double furthestTilt = std::clamp(tilt, Mechanics::tiltLowLimit, Mechanics::tiltHighLimit);
+    if (mechanics.mayLimit(corner, furthestPan, furthestTilt))
+        carryOut(Task::Other, {}, [=] { mechanics.setLimit(corner, furthestPan, furthestTilt); });
+    else
+        refuse();
 }
 
-ViscaCamera::Instruction ViscaCamera::decodeAbsolutePosition(const FrameNumbers& numbers)
+void ViscaCamera::driveLens(Mechanics::Part part, int way, int code)
 {
-    const int panCode = numbers['V'];
-    const int tiltCode = numbers['W'];
-    const QString fault = speedFault(panCode, tiltCode);
-    if (!fault.isEmpty())
-        return syntaxError("absolute position, " + fault);
-    const Direction to = directionIn(numbers);
-    if (!isWithinMechanics(to))
-        return syntaxError("absolute position, out of range");
-    const auto start = [=] { mechanics.goTo(to.pan, to.tilt, panCode, tiltCode, clock); };
-    return {QString("absolute position, %1, pan speed %2, tilt speed %3")
-                .arg(words(to))
-                .arg(panCode)
-                .arg(tiltCode),
-            [=] {
-                carryOut({Task::Travel, Mechanics::PanTilt, Completion::OnArrival, start});
-            }};
+    if (rules == BusyRules::Strict && code > Mechanics::fastestLensCode)
+        return syntaxError("no such speed");
+    orderLens(part, [=] { mechanics.driveLens(part, way, code, clock); });
 }
 
-ViscaCamera::Instruction ViscaCamera::decodeRelativePosition(const FrameNumbers& numbers)
+// Of zoom and focus those that are among `parts`.
+void ViscaCamera::lensTo(Mechanics::Parts parts, int zoom, int focus)
 {
-    const int panCode = numbers['V'];
-    const int tiltCode = numbers['W'];
-    const QString fault = speedFault(panCode, tiltCode);
-    if (!fault.isEmpty())
-        return syntaxError("relative position, " + fault);
-    const Direction by = directionIn(numbers);
-    const auto start = [=] {
-        const Position here = position();
-        mechanics.goTo(here.pan + by.pan, here.tilt + by.tilt, panCode, tiltCode, clock);
-    };
-    return {QString("relative position, %1, pan speed %2, tilt speed %3")
-                .arg(words(by))
-                .arg(panCode)
-                .arg(tiltCode),
-            [=] {
-                carryOut({Task::Travel, Mechanics::PanTilt, Completion::OnArrival, start});
-            }};
+    const bool movesZoom = parts & Mechanics::Zoom;
+    const bool movesFocus = parts & Mechanics::Focus;
+    if (movesZoom && !accepts(zoom, 0, Mechanics::zoomTele))
+        return;
+    if (movesFocus && !accepts(focus, Mechanics::focusFar, Mechanics::focusNear))
+        return;
+    orderLens(parts, [=] {
+        if (movesZoom)
+            mechanics.lensTo(Mechanics::Zoom, zoom, clock);
+        if (movesFocus)
+            mechanics.lensTo(Mechanics::Focus, focus, clock);
+    });
 }
 
-ViscaCamera::Instruction ViscaCamera::decodeLimitSet(const FrameNumbers& numbers)
+// By hand the focus moves only while it is not automatic.
+void ViscaCamera::orderLens(Mechanics::Parts parts, const std::function<void()>& start)
 {
-    const auto corner = cornerIn(numbers);
-    const Direction at = directionIn(numbers);
-    if (!corner || !isWithinMechanics(at))
-        return syntaxError("limit, out of range");
-    return {QString("limit %1 set, %2").arg(cornerName(*corner), words(at)), [=] {
-                if (!mechanics.mayLimit(*corner, at.pan, at.tilt))
-                    return refuse();
-                const auto start = [=] { mechanics.setLimit(*corner, at.pan, at.tilt); };
-                carryOut({Task::Other, {}, Completion::AtOnce, start});
-            }};
+    if (parts & Mechanics::Focus && registers.isOn(Registers::focusMode))
+        return refuse();
+    carryOut(parts & Mechanics::Zoom ? Task::Zoom : Task::Other, parts, start);
 }
 
-ViscaCamera::Instruction ViscaCamera::decodeLimitClear(const FrameNumbers& numbers)
+void ViscaCamera::changePreset(int preset, Task task, const std::function<void()>& change)
 {
-    const auto corner = cornerIn(numbers);
-    if (!corner)
-        return syntaxError("limit, out of range");
-    const auto start = [=] { mechanics.clearLimit(*corner); };
-    return {QString("limit %1 cleared").arg(cornerName(*corner)), [=] {
-                carryOut({Task::Other, {}, Completion::AtOnce, start});
-            }};
+    if (preset < presetCount)
+        carryOut(task, {}, change);
+    else
+        syntaxError("no such preset");
 }
 
-int ViscaCamera::fastestLensCode() const
+void ViscaCamera::resetPreset(int preset)
 {
-    return rules == BusyRules::Strict ? Mechanics::fastestLensCode : lenientFastestLensCode;
-}
-
-ViscaCamera::Instruction ViscaCamera::decodeZoom(const FrameNumbers& numbers)
-{
-    const auto motion = lensMotion(zoomWays, numbers['p'], fastestLensCode());
-    if (!motion)
-        return syntaxError("zoom, unknown direction or speed");
-    const auto start = [=] { mechanics.driveZoom(motion->way, motion->code, clock); };
-    return {"zoom " + motion->words, [=] {
-                carryOut({Task::Zoom, Mechanics::Zoom, Completion::AtOnce, start});
-            }};
-}
-
-ViscaCamera::Instruction ViscaCamera::decodeZoomDirect(const FrameNumbers& numbers)
-{
-    const int target = numbers['p'];
-    if (target > Mechanics::zoomTele)
-        return syntaxError("zoom direct, out of range");
-    const auto start = [=] { mechanics.zoomTo(target, clock); };
-    return {QString("zoom direct, %1").arg(target), [=] {
-                carryOut({Task::Zoom, Mechanics::Zoom, Completion::OnArrival, start});
-            }};
-}
-
-ViscaCamera::Instruction ViscaCamera::decodeFocus(const FrameNumbers& numbers)
-{
-    const auto motion = lensMotion(focusWays, numbers['p'], fastestLensCode());
-    if (!motion)
-        return syntaxError("focus, unknown direction or speed");
-    const auto start = [=] { mechanics.driveFocus(motion->way, motion->code, clock); };
-    return {"focus " + motion->words, [=] {
-                carryOut({Task::Other, Mechanics::Focus, Completion::AtOnce, start});
-            }};
-}
-
-ViscaCamera::Instruction ViscaCamera::decodeFocusDirect(const FrameNumbers& numbers)
-{
-    const int target = numbers['p'];
-    if (target < Mechanics::focusFar || target > Mechanics::focusNear)
-        return syntaxError("focus direct, out of range");
-    const auto start = [=] { mechanics.focusTo(target, clock); };
-    return {QString("focus direct, %1").arg(target), [=] {
-                carryOut({Task::Other, Mechanics::Focus, Completion::OnArrival, start});
-            }};
-}
-
-ViscaCamera::Instruction ViscaCamera::decodePresetReset(const FrameNumbers& numbers)
-{
-    const int preset = numbers['p'];
-    if (!hasPreset(preset))
-        return presetOutOfRange(preset);
-    const auto start = [=] { storedPresets.remove(preset); };
-    return {QString("reset preset %1").arg(preset), [=] {
-                carryOut({Task::ResetPreset, {}, Completion::AtOnce, start});
-            }};
-}
-
-ViscaCamera::Instruction ViscaCamera::decodePresetStore(const FrameNumbers& numbers)
-{
-    const int preset = numbers['p'];
-    if (!hasPreset(preset))
-        return presetOutOfRange(preset);
-    const auto start = [=] { storedPresets.insert(preset, position()); };
-    return {QString("store preset %1").arg(preset), [=] {
-                carryOut({Task::StorePreset, {}, Completion::AtOnce, start});
-            }};
-}
-
-ViscaCamera::Instruction ViscaCamera::decodePresetRecall(const FrameNumbers& numbers)
-{
-    const int preset = numbers['p'];
-    if (!hasPreset(preset))
-        return presetOutOfRange(preset);
-    return {QString("recall preset %1").arg(preset), [=] { recallPreset(preset); }};
-}
-
-ViscaCamera::Instruction ViscaCamera::presetOutOfRange(int preset)
-{
-    return syntaxError(QString("preset %1 out of range").arg(preset));
+    changePreset(preset, Task::ResetPreset, [=] {
+        storedPresets.remove(preset);
+        presetSpeeds.remove(preset);
+        if (lastRecalled == preset)
+            lastRecalled = 0;
+    });
 }
 
 void ViscaCamera::recallPreset(int preset)
 {
-    const auto stored = storedPresets.constFind(preset);
-    if (stored == storedPresets.cend())
+    if (preset >= presetCount)
+        return syntaxError("no such preset");
+    if (!storedPresets.contains(preset))
         return refuse();
-    const auto start = [this, target = *stored] {
-        mechanics.goTo(target.pan, target.tilt, clock);
-        mechanics.zoomTo(target.zoom, clock);
+    carryOut(Task::Recall, Mechanics::PanTilt | Mechanics::Zoom, [=] {
+        const Position target = storedPresets[preset];
+        const int code = presetSpeeds.value(preset, registers.value(Registers::recallSpeed));
+        mechanics.goTo(target.pan, target.tilt, code, code, clock);
+        mechanics.lensTo(Mechanics::Zoom, target.zoom, clock);
+        lastRecalled = preset;
+    });
+}
+
+void ViscaCamera::setRegister(const Register& row, int value)
+{
+    if (*row.range != '\0' && !row.hasValue(value))
+        return syntaxError("out of range");
+    carryOut(Task::Other, {}, [=, &row] { registers.set(row, value); });
+}
+
+void ViscaCamera::tellPosition()
+{
+    const Position here = position();
+    reply("x0 50 0Y 0Y 0Y 0Y 0Z 0Z 0Z 0Z FF",
+          QString("pan %1, tilt %2 degrees").arg(here.pan, 0, 'f', 1).arg(here.tilt, 0, 'f', 1),
+          {{'Y', steps(here.pan)}, {'Z', steps(here.tilt)}});
+}
+
+// The layout is that of several cameras' manuals: the lens, the picture, the rest, and the digital zoom, of
+// which this camera has nothing to tell.
+void ViscaCamera::tellBlock(std::size_t block)
+{
+    static constexpr std::array blocks{
+        "x0 50 0z 0z 0z 0z 00 00 0t 0t 0t 0t 00 0m 0c FF",
+        "x0 50 0r 0r 0b 0b ww 0p 0v 0k ss ii gg 00 ll FF",
+        "x0 50 0o 0n 00 00 00 00 00 00 00 00 00 00 00 FF",
+        "x0 50 00 00 00 00 00 00 00 00 00 00 00 00 00 FF",
     };
-    carryOut({Task::Recall, Mechanics::PanTilt | Mechanics::Zoom, Completion::OnArrival, start});
-}
+    if (block >= blocks.size())
+        return syntaxError("no such block");
 
-std::optional<ViscaCamera::Instruction> ViscaCamera::decodeRegister(const QByteArray& frame)
-{
-    // The table's forms have neither header nor FF.
-    const QByteArray form = frame.mid(1, frame.size() - 2);
-    for (const Registers::Line& line : Registers::table()) {
-        if (const auto numbers = matchFrame(form, line.sets))
-            return decodeRegisterValue(line, *numbers);
-        if (const auto numbers = matchFrame(form, line.steps))
-            return decodeRegisterStep(line, *numbers);
-        if (matchFrame(form, line.inquiry))
-            return Instruction{QString("%1 inquiry").arg(line.name), [this, &line] { answerRegister(line); }};
-    }
-    return std::nullopt;
-}
-
-ViscaCamera::Instruction ViscaCamera::decodeRegisterValue(const Registers::Line& line,
-                                                          const FrameNumbers& numbers)
-{
-    if (!numbers.contains('p'))
-        return changeRegister(line.name, [] {});
-    const int value = numbers['p'];
-    const QString words = QString("%1 %2").arg(line.name, QString::number(value, 16).toUpper());
-    if (!Registers::hasValue(line, value))
-        return syntaxError(words + " out of range");
-    return changeRegister(words, [=, &line] { registers.set(line, value); });
-}
-
-ViscaCamera::Instruction ViscaCamera::decodeRegisterStep(const Registers::Line& line,
-                                                         const FrameNumbers& numbers)
-{
-    const QString name = line.name;
-    if (!numbers.contains('s'))
-        return changeRegister(name + " toggle", [this, &line] { registers.toggle(line); });
-    switch (numbers['s']) {
-    case 0:
-        return changeRegister(name + " reset", [this, &line] { registers.reset(line); });
-    case 2:
-        return changeRegister(name + " up", [this, &line] { registers.stepUp(line); });
-    case 3:
-        return changeRegister(name + " down", [this, &line] { registers.stepDown(line); });
-    default:
-        return syntaxError(name + ", unknown step");
-    }
-}
-
-ViscaCamera::Instruction ViscaCamera::changeRegister(const QString& words,
-                                                     const std::function<void()>& change)
-{
-    return {words, [=] { carryOut({Task::Other, {}, Completion::AtOnce, change}); }};
-}
-
-std::vector<ViscaCamera::KnownFrame> ViscaCamera::knownFrames()
-{
-    std::vector<KnownFrame> frames;
-    for (const Command& command : commands())
-        frames.push_back({command.name, command.frame});
-    for (const Inquiry& inquiry : inquiries())
-        frames.push_back({QString("%1 inquiry").arg(inquiry.name), inquiry.frame});
-
-    const auto addForm = [&frames](const QString& name, const char* form) {
-        if (*form != '\0')
-            frames.push_back({name, Registers::frame(form)});
+    const auto bit = [](bool isSet, int mask) { return isSet ? mask : 0; };
+    FrameNumbers numbers{
+        {'z', whole(position().zoom)},
+        {'t', whole(mechanics.focus(clock))},
+        {'m',
+         bit(registers.isOn(Registers::focusMode), 0x01) | bit(registers.isOn(Registers::digitalZoom), 0x02)},
+        {'c', bit(mechanics.isMoving(Mechanics::Zoom, clock), 0x01) |
+                  bit(mechanics.isMoving(Mechanics::Focus, clock), 0x02) |
+                  bit(isUnderWay(Task::Recall), 0x04)},
+        {'k', bit(registers.isOn(Registers::backlight), 0x04) |
+                  bit(registers.isOn(Registers::exposureCompensation), 0x02)},
+        {'o', bit(on, 0x01)},
+        {'n', bit(registers.isOn(Registers::mirror), 0x04)},
     };
-    for (const Registers::Line& line : Registers::table()) {
-        const QString name = line.name;
-        addForm(QString("%1 %2").arg(name, line.range).trimmed(), line.sets);
-        addForm(name + (QByteArray(line.steps).contains('s') ? " step" : " toggle"), line.steps);
-        addForm(name + " inquiry", line.inquiry);
+    for (const Register& row : Registers::table()) {
+        if (row.blockLetter != 0)
+            numbers.insert(row.blockLetter, registers.value(row.name));
     }
-    return frames;
+    reply(blocks[block], QString("block %1").arg(block), numbers);
 }

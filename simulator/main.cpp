@@ -51,6 +51,11 @@ int replay(const CommandLine::Replay& wanted)
     const QString fault = dialogue.read(wanted.dialogue);
     if (!fault.isEmpty())
         fail(fault, exitUsage);
+    if (!dialogue.changes.isEmpty() && !wanted.mayChange) {
+        fail(QString("the dialogue %1 changes %2; --allow-changes holds it all the same")
+                 .arg(dialogue.name, dialogue.changes),
+             exitUsage);
+    }
     Replay replay(dialogue);
     QObject::connect(&replay, &Replay::reported, printLine);
     QObject::connect(&replay, &Replay::finished, QCoreApplication::quit);
@@ -58,6 +63,8 @@ int replay(const CommandLine::Replay& wanted)
     if (!failure.isEmpty())
         fail(failure, exitUsage);
     QCoreApplication::exec();
+    if (replay.interrupt())
+        fail("interrupted", EXIT_FAILURE);
     if (!replay.failure().isEmpty())
         fail(replay.failure(), exitUsage);
     return replay.differences() == 0 ? EXIT_SUCCESS : EXIT_FAILURE;
@@ -73,11 +80,11 @@ int main(int argc, char* argv[])
     QCoreApplication::setApplicationName("vantrel-camera");
     QCoreApplication::setApplicationVersion(VANTREL_VERSION);
     const CommandLine settings = readCommandLine(*application);
+    // They end the event loop: the link is removed, and a camera that a dialogue moves is stopped.
+    const AppQuitSignals quitSignals(nullptr);
     if (settings.replay)
         return replay(*settings.replay);
 
-    // They end the event loop, and the link is removed.
-    const AppQuitSignals quitSignals(nullptr);
     SerialCamera camera(settings.camera, settings.faults, settings.link);
     QObject::connect(&camera, &SerialCamera::reported, application.get(), printLine);
     std::optional<CameraView> view;

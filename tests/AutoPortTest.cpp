@@ -1,9 +1,9 @@
 #include "SerialCamera.h"
+#include "UsbBus.h"
 #include "support/CameraEnd.h"
 #include "support/MessageBoxWatcher.h"
 #include "support/PrivateProfile.h"
 #include "support/Program.h"
-#include "support/UsbBus.h"
 
 #include <QComboBox>
 #include <QLabel>
@@ -205,6 +205,7 @@ void AutoPortTest::withoutAnAdapterTheUserSeesTheErrorOfCom1()
     QCOMPARE(user.boxes().constLast().text, port(program)->errorString());
     QCOMPARE(errors.count(), 1);
     QCOMPARE(connectButtonText(program), "Connect");
+    QCOMPARE(program.app.settingsManager->getCOMPort(), "AUTO");
     QCOMPARE(profile.log(), QStringList());
 }
 
@@ -375,7 +376,8 @@ void AutoPortTest::theRunningProgramDrivesTheCameraOnItsAdapter()
     SerialCamera camera(ViscaCamera::BusyRules::Lenient, {}, {});
     QSignalSpy reports(&camera, SIGNAL(reported(QString)));
     QCOMPARE(camera.plugIn(), QString());
-    const QString terminal = reports.takeFirst().constFirst().toString().section(' ', -1);
+    const QString terminal = reports.constFirst().constFirst().toString().section(' ', -1);
+    reports.clear();
     UsbBus bus;
     bus.plug("1-1", FtdiFt232R);
     const QString name = bus.plug("1-2", WchCh340, terminal);

@@ -108,7 +108,13 @@ private slots:
     void anIdleLineWakesNobody();
     void aClientMayCloseAndOpenAgain();
     void aKilledClientDoesNotKeepTheNextOneOut();
+    void aTerminalWhoseLockWasLeftBehindIsPassedOver();
     void whatNobodyReadsIsLostInTheEnd();
+    void whatNobodyHasOpenDropsWhatArrives();
+#ifdef Q_OS_LINUX
+    void whatAClientLeavesUnreadIsDropped();
+    void whoIsStillThereKeepsWhatItHasNotRead();
+#endif
     void hangingUpLooksLikeAPulledAdapter();
     void hangingUpEndsReadingAndWriting();
     void destructionHangsUp();
@@ -233,19 +239,78 @@ void PseudoTerminalTest::aKilledClientDoesNotKeepTheNextOneOut()
     QCOMPARE(exitStatus(next), 0);
 }
 
+void PseudoTerminalTest::aTerminalWhoseLockWasLeftBehindIsPassedOver()
+{
+    // A closed terminal's number is the next one's.
+    const QString path = PseudoTerminal().path();
+    QFile lock("/var/lock/LCK.." + path.mid(5).replace('/', '_'));
+    QVERIFY(lock.open(QIODevice::WriteOnly));
+
+    const PseudoTerminal line;
+    QVERIFY(lock.remove());
+    QVERIFY(line.isOpen());
+    QVERIFY(line.path() != path);
+}
+
 void PseudoTerminalTest::whatNobodyReadsIsLostInTheEnd()
 {
     PseudoTerminal terminal;
+    PlainClient client(terminal.path());
     const QByteArray much = everyByte().repeated(64);
     int taken = 0;
     while (taken < 1000 && terminal.write(much))
         ++taken;
     QVERIFY(taken < 1000);
 
-    PlainClient client(terminal.path());
     QTRY_VERIFY2(client.received().size() >= taken * much.size(), "what was taken arrives");
     QTRY_VERIFY((client.received(), terminal.write("again")));
 }
+
+void PseudoTerminalTest::whatNobodyHasOpenDropsWhatArrives()
+{
+    PseudoTerminal terminal;
+    QVERIFY2(terminal.write("early"), "it has gone over the line");
+    {
+        PlainClient client(terminal.path());
+        client.send("first");
+    }
+    QVERIFY(terminal.write("late"));
+    QByteArray received;
+    QTRY_COMPARE(received += terminal.read(), QByteArray("first"));
+
+    PlainClient next(terminal.path());
+    QVERIFY(terminal.write("now"));
+    QTRY_COMPARE(next.received(), QByteArray("now"));
+}
+
+#ifdef Q_OS_LINUX
+void PseudoTerminalTest::whatAClientLeavesUnreadIsDropped()
+{
+    PseudoTerminal terminal;
+    {
+        PlainClient client(terminal.path());
+        QVERIFY(terminal.write("unread"));
+        QTRY_VERIFY(isReadable(client.descriptor));
+        terminal.read();
+    }
+    QTRY_VERIFY2(isReadable(terminal.descriptor()), "the line tells that the client has left");
+    terminal.read();
+    PlainClient next(terminal.path());
+    QVERIFY(terminal.write("now"));
+    QTRY_COMPARE(next.received(), QByteArray("now"));
+}
+
+void PseudoTerminalTest::whoIsStillThereKeepsWhatItHasNotRead()
+{
+    PseudoTerminal terminal;
+    PlainClient client(terminal.path());
+    QVERIFY(terminal.write("unread"));
+    PlainClient(terminal.path()).send("from another");
+    QByteArray received;
+    QTRY_COMPARE(received += terminal.read(), QByteArray("from another"));
+    QTRY_COMPARE(client.received(), QByteArray("unread"));
+}
+#endif
 
 void PseudoTerminalTest::hangingUpLooksLikeAPulledAdapter()
 {

@@ -4,10 +4,12 @@
 
 #include <QFontDatabase>
 #include <QPainter>
+#include <QtMath>
 
 #include <algorithm>
 #include <cmath>
 #include <utility>
+#include <vector>
 
 namespace {
 
@@ -23,16 +25,16 @@ constexpr int rowHeight = 18;
 constexpr double mapScale = 0.5;
 constexpr int columnWidth = 88;
 constexpr int captionWidth = 72;
-constexpr int presetsWidth = 120;
 constexpr double markRadius = 9;
-
-// Degrees: in a narrower picture the scale gets finer.
-constexpr double closeField = 15;
+constexpr double widestMark = 120;
+constexpr double rulerHeight = 20;
+constexpr double rulerWidth = 38;
+constexpr double tickLength = 4;
+constexpr double closestTicks = 50;
 
 const QColor amber(0xff, 0xb0, 0x2e);
 const QColor bright(0xf0, 0xf0, 0xf0);
 const QColor dim(0xa8, 0xa8, 0xa8);
-const QColor scaleColour(0xff, 0xff, 0xff, 0x90);
 const QColor panel(0x1c, 0x1c, 0x1c, 0xe0);
 
 QString signedDegrees(double degrees)
@@ -56,12 +58,20 @@ void paintPanel(QPainter& painter, const QRectF& area)
 }
 
 // `text` on one row, cut with an ellipsis where it is too long.
-void paintText(QPainter& painter, const QRectF& area, const QColor& colour, const QString& text,
-               int alignment = Qt::AlignLeft)
+void paintText(QPainter& painter, const QRectF& area, const QColor& colour, const QString& text)
 {
     painter.setPen(colour);
-    painter.drawText(area, alignment | Qt::AlignVCenter | Qt::TextSingleLine,
+    painter.drawText(area, Qt::AlignVCenter | Qt::TextSingleLine,
                      painter.fontMetrics().elidedText(text, Qt::ElideRight, static_cast<int>(area.width())));
+}
+
+int rulerStep(double pixelsPerDegree)
+{
+    for (const int step : {1, 5, 10, 30, 90}) {
+        if (step * pixelsPerDegree >= closestTicks)
+            return step;
+    }
+    return 360;
 }
 
 } // namespace
@@ -130,87 +140,92 @@ void CameraView::showPresent()
 
 void CameraView::paintEvent(QPaintEvent*)
 {
-    const QSize pixels = size() * devicePixelRatioF();
-    if (picture.size() != pixels)
-        picture = QImage(pixels, QImage::Format_RGB32);
-    if (on)
-        scene.draw(picture, Projection(position, pixels, turn));
-    else
-        picture.fill(Qt::black);
-
     QPainter painter(this);
-    painter.drawImage(rect(), picture);
     painter.setRenderHint(QPainter::Antialiasing);
+    painter.setFont(smallFont);
     if (on) {
         const Projection projection(position, size(), turn);
-        painter.setFont(smallFont);
-        paintScale(painter, projection);
+        scene.draw(painter, projection);
         paintPresetMarks(painter, projection);
+        paintRulers(painter, projection);
+    } else {
+        painter.fillRect(rect(), Qt::black);
     }
 
     const Texts shown = texts();
     paintPosition(painter, shown);
-    paintMap(painter);
+    paintMap(painter, shown);
     paintProtocol(painter, shown);
-}
-
-// Marks on the horizon and on the upright line through the home position.
-void CameraView::paintScale(QPainter& painter, const Projection& projection) const
-{
-    const bool close = Projection::fieldOfView(position.zoom) < closeField;
-    const int step = close ? 1 : 10;
-    for (int pan = -180; pan < 180; pan += step)
-        paintTick(painter, projection, pan, 0, pan);
-    for (int tilt = -30; tilt <= 90; tilt += step) {
-        if (tilt != 0)
-            paintTick(painter, projection, 0, tilt, tilt);
-    }
-}
-
-void CameraView::paintTick(QPainter& painter, const Projection& projection, double pan, double tilt,
-                           int degrees) const
-{
-    const auto point = projection.pointAt(pan, tilt);
-    if (!point || !rect().contains(point->toPoint()))
-        return;
-    const bool close = Projection::fieldOfView(position.zoom) < closeField;
-    const bool labelled = degrees % (close ? 5 : 30) == 0;
-    const double length = labelled ? 5 : 3;
-    const bool onHorizon = tilt == 0;
-    const QPointF half = onHorizon ? QPointF(0, length) : QPointF(length, 0);
-    painter.setPen(scaleColour);
-    painter.drawLine(*point - half, *point + half);
-    if (!labelled)
-        return;
-    const QString text = degrees == 0 ? "Home" : QString::number(degrees) + QChar(0xB0);
-    QRectF label(0, 0, painter.fontMetrics().horizontalAdvance(text), rowHeight);
-    label.moveCenter(*point + (onHorizon ? QPointF(0, length + rowHeight / 2.0)
-                                         : QPointF(length + 4 + label.width() / 2, 0)));
-    // Whole at the edges, too.
-    label.moveLeft(std::clamp(label.left(), 0.0, width() - label.width()));
-    painter.drawText(label, Qt::AlignCenter | Qt::TextDontClip, text);
 }
 
 void CameraView::paintPresetMarks(QPainter& painter, const Projection& projection) const
 {
+    // Presets whose marks would touch share one.
+    std::vector<std::pair<QPointF, QStringList>> marks;
     for (auto preset = presets.cbegin(); preset != presets.cend(); ++preset) {
         const auto point = projection.pointAt(preset->pan, preset->tilt);
         if (!point)
             continue;
-        const QRectF badge(point->x() - markRadius, point->y() - markRadius, 2 * markRadius, 2 * markRadius);
-        if (!badge.intersects(rect()))
-            continue;
+        auto mark = std::find_if(marks.begin(), marks.end(), [&](const auto& other) {
+            return QLineF(other.first, *point).length() < 2 * markRadius;
+        });
+        if (mark == marks.end())
+            mark = marks.insert(mark, {*point, {}});
+        mark->second += QString::number(preset.key());
+    }
+    for (const auto& [place, numbers] : marks) {
+        constexpr int flags = Qt::AlignCenter | Qt::TextWordWrap;
+        const QString text = numbers.join(' ');
+        const QRectF letters = painter.boundingRect(QRectF(0, 0, widestMark, height()), flags, text);
+        QRectF badge({}, (letters.size() + QSizeF(padding, 0)).expandedTo({2 * markRadius, 2 * markRadius}));
+        badge.moveCenter(place);
         painter.setPen(Qt::NoPen);
         painter.setBrush(amber);
-        painter.drawEllipse(badge);
+        painter.drawRoundedRect(badge, markRadius, markRadius);
         painter.setPen(Qt::black);
-        painter.drawText(badge, Qt::AlignCenter, QString::number(preset.key()));
+        painter.drawText(badge, flags, text);
+    }
+}
+
+// Along the top edge the pan at the middle height of the picture, along the left edge the tilt at its middle.
+void CameraView::paintRulers(QPainter& painter, const Projection& projection) const
+{
+    const QRectF top(rulerWidth, 0, width() - rulerWidth, rulerHeight);
+    const QRectF left(0, rulerHeight, rulerWidth, height() - rulerHeight);
+    painter.fillRect(QRectF(0, 0, width(), rulerHeight), panel);
+    painter.fillRect(left, panel);
+
+    painter.setPen(dim);
+    const auto paintMark = [&](const QRectF& ruler, const QPointF& middle, const QLineF& tick, int degrees) {
+        const QString text = QString::number(degrees) + QChar(0xB0);
+        QRectF label = painter.boundingRect(ruler, Qt::AlignCenter, text);
+        label.moveCenter(middle);
+        // Whole or not at all.
+        if (!ruler.contains(label))
+            return;
+        painter.drawText(label, Qt::AlignCenter, text);
+        painter.drawLine(tick);
+    };
+    const double pixelsPerDegree = width() / Projection::fieldOfView(position.zoom);
+    const double tilt = qDegreesToRadians(position.tilt);
+    const int panStep = rulerStep(pixelsPerDegree * std::cos(tilt));
+    for (int pan = -180; pan < 180; pan += panStep) {
+        const double there = std::atan(std::cos(qDegreesToRadians(pan - position.pan)) * std::tan(tilt));
+        if (const auto point = projection.pointAt(pan, qRadiansToDegrees(there)))
+            paintMark(top, {point->x(), (rulerHeight - tickLength) / 2},
+                      {point->x(), rulerHeight - tickLength, point->x(), rulerHeight}, pan);
+    }
+    for (int height = -30; height <= 90; height += rulerStep(pixelsPerDegree)) {
+        if (const auto point = projection.pointAt(position.pan, height))
+            paintMark(left, {(rulerWidth - tickLength) / 2, point->y()},
+                      {rulerWidth - tickLength, point->y(), rulerWidth, point->y()}, height);
     }
 }
 
 void CameraView::paintPosition(QPainter& painter, const Texts& shown) const
 {
-    const QRectF area(margin, margin, 3 * columnWidth + 2 * padding, 2 * rowHeight + padding);
+    const QRectF area(rulerWidth + margin, rulerHeight + margin, 3 * columnWidth + 2 * padding,
+                      2 * rowHeight + padding);
     paintPanel(painter, area);
     QRectF cell(area.left() + padding, area.top() + padding / 2.0, columnWidth, rowHeight);
     const std::pair<const char*, const QString*> columns[] = {
@@ -228,7 +243,7 @@ QRectF CameraView::mapArea() const
 {
     const double wide = 2 * Mechanics::panLimit * mapScale;
     const double high = (Mechanics::tiltHighLimit - Mechanics::tiltLowLimit) * mapScale;
-    return {width() - margin - padding - wide, margin + padding + 0.0, wide, high};
+    return {width() - margin - padding - wide, rulerHeight + margin + padding, wide, high};
 }
 
 QPointF CameraView::mapPointAt(double pan, double tilt) const
@@ -237,10 +252,16 @@ QPointF CameraView::mapPointAt(double pan, double tilt) const
            QPointF((pan + Mechanics::panLimit) * mapScale, (Mechanics::tiltHighLimit - tilt) * mapScale);
 }
 
-void CameraView::paintMap(QPainter& painter) const
+void CameraView::paintMap(QPainter& painter, const Texts& shown) const
 {
     const QRectF area = mapArea();
-    paintPanel(painter, area.adjusted(-padding, -padding, padding, padding));
+    const QString presetList = shown.presets.isEmpty() ? QString() : "Presets: " + shown.presets;
+    const QRectF below(area.left(), area.bottom() + padding, area.width(), height());
+    painter.setFont(smallFont);
+    const QRectF list = painter.boundingRect(below, Qt::TextWordWrap, presetList);
+    paintPanel(painter, area.united(list).adjusted(-padding, -padding, padding, padding));
+    painter.setPen(bright);
+    painter.drawText(list, Qt::TextWordWrap, presetList);
 
     painter.setBrush(Qt::NoBrush);
     painter.setPen(QColor(0xff, 0xff, 0xff, 0x38));
@@ -267,26 +288,22 @@ void CameraView::paintMap(QPainter& painter) const
 
 void CameraView::paintProtocol(QPainter& painter, const Texts& shown) const
 {
+    if (shown.command.isEmpty())
+        return;
+    const double left = rulerWidth + margin;
     const double high = 4 * rowHeight + padding;
-    const QRectF area(margin, height() - margin - high, width() - 2 * margin, high);
+    const QRectF area(left, height() - margin - high, width() - margin - left, high);
     paintPanel(painter, area);
 
-    const QRectF inside = area.adjusted(padding, padding / 2.0, -padding, -padding / 2.0);
-    const double framesLeft = inside.left() + captionWidth;
-    const double presetsLeft = inside.right() - presetsWidth;
-    const auto row = [&](int number, double left, double right) {
-        return QRectF(left, inside.top() + number * rowHeight, right - left, rowHeight);
-    };
-
+    const QRectF row(area.left() + padding, area.top() + padding / 2.0, area.width() - 2 * padding,
+                     rowHeight);
+    const QRectF words = row.adjusted(captionWidth, 0, 0, 0);
     painter.setFont(smallFont);
-    paintText(painter, row(0, inside.left(), framesLeft), dim, "Command");
-    paintText(painter, row(0, framesLeft, presetsLeft - padding), bright, shown.command);
-    paintText(painter, row(2, inside.left(), framesLeft), dim, "Reply");
-    paintText(painter, row(2, framesLeft, presetsLeft - padding), bright, shown.reply);
-    paintText(painter, row(0, presetsLeft, inside.right()), dim, "Presets");
-    paintText(painter, row(1, presetsLeft, inside.right()), bright,
-              shown.presets.isEmpty() ? "none" : shown.presets);
+    paintText(painter, row, dim, "Command");
+    paintText(painter, words, bright, shown.command);
+    paintText(painter, row.translated(0, 2 * rowHeight), dim, "Reply");
+    paintText(painter, words.translated(0, 2 * rowHeight), bright, shown.reply);
     painter.setFont(numberFont);
-    paintText(painter, row(1, framesLeft, presetsLeft - padding), amber, shown.commandBytes);
-    paintText(painter, row(3, framesLeft, presetsLeft - padding), amber, shown.replyBytes);
+    paintText(painter, words.translated(0, rowHeight), amber, shown.commandBytes);
+    paintText(painter, words.translated(0, 3 * rowHeight), amber, shown.replyBytes);
 }

@@ -4,7 +4,6 @@
 #include "ViscaCamera.h"
 
 #include <QFont>
-#include <QImage>
 #include <QTimer>
 #include <QWidget>
 
@@ -62,12 +61,10 @@ private slots:
     void showPresent();
 
 private:
-    void paintScale(QPainter& painter, const Projection& projection) const;
-    void paintTick(QPainter& painter, const Projection& projection, double pan, double tilt,
-                   int degrees) const;
     void paintPresetMarks(QPainter& painter, const Projection& projection) const;
+    void paintRulers(QPainter& painter, const Projection& projection) const;
     void paintPosition(QPainter& painter, const Texts& shown) const;
-    void paintMap(QPainter& painter) const;
+    void paintMap(QPainter& painter, const Texts& shown) const;
     void paintProtocol(QPainter& painter, const Texts& shown) const;
     QRectF mapArea() const;
 
@@ -76,7 +73,6 @@ private:
     const QFont smallFont;
     const QFont numberFont;
     QTimer frameTimer;
-    QImage picture;
     ViscaCamera::Position position;
     QMap<int, ViscaCamera::Position> presets;
     Projection::Turn turn{};

@@ -17,16 +17,19 @@ constexpr float smallestCosine = 0.05F;
 // Pixels that faces reach beyond the picture, so that their cut edges do not show.
 constexpr double bleed = 2;
 
-// QVector3D::dotProduct() is a call into Qt, which shows where it is made for every corner of every face.
-float dot(const QVector3D& one, const QVector3D& other)
+// The unit vector that points there.
+QVector3D direction(double pan, double tilt)
 {
-    return one.x() * other.x() + one.y() * other.y() + one.z() * other.z();
+    const double p = qDegreesToRadians(pan);
+    const double t = qDegreesToRadians(tilt);
+    return QVector3D(static_cast<float>(std::sin(p) * std::cos(t)), static_cast<float>(std::sin(t)),
+                     static_cast<float>(std::cos(p) * std::cos(t)));
 }
 
 // Keeps what lies on the inner side of a plane through the lens, whose normal points inwards.
 void cutOff(std::vector<QVector3D>& outline, const QVector3D& plane)
 {
-    const auto inside = [&plane](const QVector3D& point) { return dot(plane, point) >= 0; };
+    const auto inside = [&plane](const QVector3D& point) { return QVector3D::dotProduct(plane, point) >= 0; };
     if (std::all_of(outline.begin(), outline.end(), inside))
         return;
 
@@ -35,8 +38,8 @@ void cutOff(std::vector<QVector3D>& outline, const QVector3D& plane)
     for (std::size_t index = 0; index < outline.size(); ++index) {
         const QVector3D& from = outline[index];
         const QVector3D& to = outline[(index + 1) % outline.size()];
-        const float fromDepth = dot(plane, from);
-        const float toDepth = dot(plane, to);
+        const float fromDepth = QVector3D::dotProduct(plane, from);
+        const float toDepth = QVector3D::dotProduct(plane, to);
         if (fromDepth >= 0)
             rest.push_back(from);
         if ((fromDepth >= 0) != (toDepth >= 0))
@@ -58,14 +61,6 @@ double Projection::fieldOfView(double zoom)
                              std::atan(std::tan(qDegreesToRadians(widestField / 2)) / magnification(zoom)));
 }
 
-QVector3D Projection::direction(double pan, double tilt)
-{
-    const double p = qDegreesToRadians(pan);
-    const double t = qDegreesToRadians(tilt);
-    return QVector3D(static_cast<float>(std::sin(p) * std::cos(t)), static_cast<float>(std::sin(t)),
-                     static_cast<float>(std::cos(p) * std::cos(t)));
-}
-
 Projection::Projection(const ViscaCamera::Position& position, const QSizeF& size, const Turn& turn)
     : right(direction(position.pan + 90, 0) * (turn.mirrored ? -1.0F : 1.0F))
     , up(direction(position.pan, position.tilt + 90) * (turn.flipped ? -1.0F : 1.0F))
@@ -85,7 +80,7 @@ Projection::Projection(const ViscaCamera::Position& position, const QSizeF& size
 std::optional<QPointF> Projection::pointAt(double pan, double tilt) const
 {
     const QVector3D point = direction(pan, tilt);
-    if (dot(point, ahead) < smallestCosine)
+    if (QVector3D::dotProduct(point, ahead) < smallestCosine)
         return std::nullopt;
     return project(point);
 }
@@ -102,15 +97,9 @@ QPolygonF Projection::outlineOf(const std::vector<QVector3D>& corners) const
     return polygon;
 }
 
-bool Projection::mayShow(const QVector3D& direction, float reach) const
-{
-    return std::all_of(edges.begin(), edges.end(),
-                       [&](const QVector3D& edge) { return dot(edge, direction) >= -reach; });
-}
-
 QPointF Projection::project(const QVector3D& point) const
 {
-    const float scale = focal / dot(point, ahead);
-    return middle + QPointF(static_cast<double>(dot(point, right) * scale),
-                            static_cast<double>(-dot(point, up) * scale));
+    const float scale = focal / QVector3D::dotProduct(point, ahead);
+    return middle + QPointF(static_cast<double>(QVector3D::dotProduct(point, right) * scale),
+                            static_cast<double>(-QVector3D::dotProduct(point, up) * scale));
 }

@@ -31,9 +31,6 @@ public:
     /** How many times larger things appear at `zoom` than at the wide end: 1 to 20. */
     static double magnification(double zoom);
 
-    /** The unit vector that points to `pan` and `tilt`. */
-    static QVector3D direction(double pan, double tilt);
-
     /** Which sides of the picture are exchanged: left and right, up and down. */
     struct Turn
     {
@@ -50,13 +47,6 @@ public:
 
     /** The outline of a flat face with these corners, cut off at the edges of the picture; perhaps empty. */
     QPolygonF outlineOf(const std::vector<QVector3D>& corners) const;
-
-    /** Whether anything in the picture can lie within an angle with the sine `reach` (at most 1) around the
-     * unit vector `direction`. */
-    bool mayShow(const QVector3D& direction, float reach) const;
-
-    /** Pixels per radian in the middle of the picture. */
-    float focalLength() const { return focal; }
 
 private:
     QPointF project(const QVector3D& point) const;

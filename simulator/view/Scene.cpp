@@ -1,16 +1,12 @@
 #include "Scene.h"
 
-#include "PolygonFill.h"
-
 #include <QFont>
-#include <QImage>
 #include <QPainter>
 #include <QPainterPath>
 #include <QTransform>
 
-#include <algorithm>
 #include <array>
-#include <cmath>
+#include <random>
 
 namespace {
 
@@ -26,36 +22,9 @@ constexpr double stageEdge = 9;
 
 const QColor amber(0xff, 0xb0, 0x2e);
 
-// Pixels: what is smaller is not drawn.
-constexpr float smallestRadius = 1;
-
-// Radians.
-constexpr float rightAngle = 1.57079633F;
-
 QVector3D vector(double x, double y, double z)
 {
     return QVector3D(static_cast<float>(x), static_cast<float>(y), static_cast<float>(z));
-}
-
-// Radians.
-float angle(const QVector3D& one, const QVector3D& other)
-{
-    return std::acos(std::clamp(QVector3D::dotProduct(one.normalized(), other.normalized()), -1.0F, 1.0F));
-}
-
-// Whether the outline turns one way only.
-bool isConvex(const QPolygonF& outline)
-{
-    bool left = false;
-    bool right = false;
-    for (int index = 0; index + 2 < outline.size(); ++index) {
-        const QPointF one = outline.at(index + 1) - outline.at(index);
-        const QPointF next = outline.at(index + 2) - outline.at(index + 1);
-        const double turn = one.x() * next.y() - one.y() * next.x();
-        left = left || turn > 1e-3;
-        right = right || turn < -1e-3;
-    }
-    return !(left && right);
 }
 
 // On a sheet y points up, so a rectangle is given by its lower left corner.
@@ -97,6 +66,18 @@ QPainterPath hand(double x, double y, double degrees, double from, double to, do
     return turn.map(box(-width / 2, from, width, to - from));
 }
 
+// From the hips to the shoulders.
+QPainterPath torso(double bottom, double top)
+{
+    QPainterPath path;
+    path.moveTo(-0.27, bottom);
+    path.cubicTo(-0.3, bottom + 0.4, -0.28, top - 0.04, -0.17, top);
+    path.lineTo(0.17, top);
+    path.cubicTo(0.28, top - 0.04, 0.3, bottom + 0.4, 0.27, bottom);
+    path.closeSubpath();
+    return path;
+}
+
 // Letters with their base line's middle at x, y and capitals of this height.
 QPainterPath lettering(const QString& text, double x, double y, double height, bool bold = false)
 {
@@ -114,20 +95,6 @@ QPainterPath lettering(const QString& text, double x, double y, double height, b
     return place.map(letters);
 }
 
-// Numbers without pattern that are the same at every start.
-class Dice
-{
-public:
-    unsigned throwOne(unsigned sides)
-    {
-        state = state * 1664525U + 1013904223U;
-        return (state >> 16) % sides;
-    }
-
-private:
-    unsigned state = 7;
-};
-
 constexpr std::array<QRgb, 5> skins{0xffe3b590, 0xffd19a72, 0xffb07a52, 0xff8a5a3b, 0xfff0cba8};
 constexpr std::array<QRgb, 6> hairs{0xff2a211c, 0xff4a3325, 0xff6e4b2c, 0xff8d8a86, 0xffa97f45, 0xff1d1d20};
 constexpr std::array<QRgb, 8> clothes{0xff41566b, 0xff5b4a5f, 0xff3f5a53, 0xff6a4740,
@@ -141,7 +108,7 @@ Scene::Scene()
     addStageWall();
     addClock();
     addWindows();
-    addDoors();
+    addRightWall();
     addBackWall();
     addStage();
     addPanel();
@@ -149,20 +116,9 @@ Scene::Scene()
     addAudience();
 }
 
-void Scene::draw(QImage& picture, const Projection& projection) const
+void Scene::draw(QPainter& painter, const Projection& projection) const
 {
-    QPainter painter(&picture);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
     for (const Face& face : faces) {
-        if (face.grain * projection.focalLength() < smallestRadius)
-            continue;
-        if (!projection.mayShow(face.middle, face.reach))
-            continue;
-        if (face.convex) {
-            fillConvex(picture, projection.outlineOf(face.outlines.front()), face.colour.rgb());
-            continue;
-        }
         QPainterPath area;
         area.setFillRule(Qt::WindingFill);
         for (const auto& outline : face.outlines)
@@ -171,21 +127,13 @@ void Scene::draw(QImage& picture, const Projection& projection) const
     }
 }
 
-// A sheet that stands on the floor and faces the camera.
-Scene::Sheet Scene::standingAt(double x, double z, double floor)
-{
-    return {vector(x, floor, z), vector(z, 0, -x).normalized(), vector(0, 1, 0)};
-}
-
 void Scene::add(const Sheet& sheet, const QPainterPath& drawing, const QColor& colour)
 {
     // Curves become polygons of a fineness that even the tele end does not show.
     constexpr double fineness = 600;
     Face face;
     face.colour = colour;
-    QVector3D sum;
     const auto outlines = drawing.toSubpathPolygons(QTransform::fromScale(fineness, fineness));
-    face.convex = outlines.size() == 1 && isConvex(outlines.constFirst());
     for (const QPolygonF& outline : outlines) {
         std::vector<QVector3D> corners;
         // The last corner of a closed outline is its first.
@@ -193,17 +141,8 @@ void Scene::add(const Sheet& sheet, const QPainterPath& drawing, const QColor& c
             const QPointF corner = outline.at(index) / fineness;
             corners.push_back(sheet.origin + sheet.right * static_cast<float>(corner.x()) +
                               sheet.up * static_cast<float>(corner.y()));
-            sum += corners.back().normalized();
         }
         face.outlines.push_back(std::move(corners));
-    }
-    face.middle = sum.normalized();
-    for (const auto& outline : face.outlines) {
-        for (const QVector3D& corner : outline) {
-            const float distance = angle(face.middle, corner);
-            face.reach = std::max(face.reach, distance < rightAngle ? std::sin(distance) : 1);
-            face.grain = std::max(face.grain, angle(outline.front(), corner) / 2);
-        }
     }
     faces.push_back(std::move(face));
 }
@@ -320,20 +259,12 @@ void Scene::addWindows()
         for (std::size_t band = 0; band < sky.size(); ++band)
             add(wall, box(z - 0.85, -0.75 + 0.617 * static_cast<double>(band), 1.7, 0.64), sky[band]);
         const double shift = z / 20;
-        add(wall,
-            polygon({{z - 0.85, -0.75},
-                     {z - 0.85, 0.1 + shift},
-                     {z - 0.5, 0.1 + shift},
-                     {z - 0.5, 0.45},
-                     {z - 0.1, 0.45},
-                     {z - 0.1, -0.05},
-                     {z + 0.3, -0.05},
-                     {z + 0.3, 0.3 - shift},
-                     {z + 0.7, 0.3 - shift},
-                     {z + 0.7, 0},
-                     {z + 0.85, 0},
-                     {z + 0.85, -0.75}}),
-            0x25272d);
+        // Houses.
+        add(wall, box(z - 0.85, -0.75, 0.35, 0.85 + shift), 0x25272d);
+        add(wall, box(z - 0.5, -0.75, 0.4, 1.2), 0x25272d);
+        add(wall, box(z - 0.1, -0.75, 0.4, 0.7), 0x25272d);
+        add(wall, box(z + 0.3, -0.75, 0.4, 1.05 - shift), 0x25272d);
+        add(wall, box(z + 0.7, -0.75, 0.15, 0.75), 0x25272d);
         for (int light = 0; light < 4; ++light)
             add(wall, box(z - 0.42 + 0.3 * light, -0.45 + 0.11 * ((light * 3) % 4), 0.06, 0.08), 0xd9a552);
         add(wall, box(z - 0.03, -0.75, 0.06, 3.7), 0x232427);
@@ -342,21 +273,25 @@ void Scene::addWindows()
     add(wall, disc(3.45, 2.4, 0.16, 0.16), 0xe9e3d0);
 }
 
-void Scene::addDoors()
+void Scene::addDoor(const Sheet& wall, double x)
+{
+    add(wall, box(x - 1.0, floorLevel, 2.0, 2.75), 0x26241f);
+    for (const double leaf : {-0.92, 0.02}) {
+        add(wall, box(x + leaf, floorLevel, 0.9, 2.67), 0x5a4330);
+        add(wall, box(x + leaf + 0.14, floorLevel + 0.3, 0.62, 0.95), 0x4d3928);
+        add(wall, box(x + leaf + 0.14, floorLevel + 1.45, 0.62, 0.95), 0x4d3928);
+    }
+    add(wall, disc(x - 0.1, floorLevel + 1.1, 0.04, 0.04), 0xc9a05a);
+    add(wall, disc(x + 0.1, floorLevel + 1.1, 0.04, 0.04), 0xc9a05a);
+    add(wall, roundBox(x - 0.4, 0.95, 0.8, 0.3, 0.04), 0x2f6b4f);
+    add(wall, lettering("EXIT", x, 1.03, 0.14, true), 0xe6f2ea);
+}
+
+void Scene::addRightWall()
 {
     const Sheet wall{vector(rightWall, 0, 0), vector(0, 0, -1), vector(0, 1, 0)};
-    for (const double x : {-6.5, 5.2}) {
-        add(wall, box(x - 1.0, floorLevel, 2.0, 2.75), 0x26241f);
-        for (const double leaf : {-0.92, 0.02}) {
-            add(wall, box(x + leaf, floorLevel, 0.9, 2.67), 0x5a4330);
-            add(wall, box(x + leaf + 0.14, floorLevel + 0.3, 0.62, 0.95), 0x4d3928);
-            add(wall, box(x + leaf + 0.14, floorLevel + 1.45, 0.62, 0.95), 0x4d3928);
-        }
-        add(wall, disc(x - 0.1, floorLevel + 1.1, 0.04, 0.04), 0xc9a05a);
-        add(wall, disc(x + 0.1, floorLevel + 1.1, 0.04, 0.04), 0xc9a05a);
-        add(wall, roundBox(x - 0.4, 0.95, 0.8, 0.3, 0.04), 0x2f6b4f);
-        add(wall, lettering("EXIT", x, 1.03, 0.14, true), 0xe6f2ea);
-    }
+    addDoor(wall, -6.5);
+    addDoor(wall, 5.2);
     for (const double x : {-9.3, -3.6, -0.6, 2.4, 7.6}) {
         add(wall, disc(x, 1.35, 0.75, 1.1), 0x413e3b);
         add(wall, disc(x, 1.3, 0.42, 0.7), 0x4e4841);
@@ -406,13 +341,7 @@ void Scene::addBackWall()
     add(wall, lettering("and if you can read this, the zoom is at its tele end", -5.4, -0.45, 0.02),
         0x55585d);
 
-    add(wall, box(3.9, floorLevel, 2.0, 2.75), 0x26241f);
-    for (const double leaf : {3.98, 4.92}) {
-        add(wall, box(leaf, floorLevel, 0.9, 2.67), 0x5a4330);
-        add(wall, box(leaf + 0.14, floorLevel + 0.3, 0.62, 2.1), 0x4d3928);
-    }
-    add(wall, roundBox(4.5, 0.95, 0.8, 0.3, 0.04), 0x2f6b4f);
-    add(wall, lettering("EXIT", 4.9, 1.03, 0.14, true), 0xe6f2ea);
+    addDoor(wall, 4.9);
 }
 
 void Scene::addPanel()
@@ -455,15 +384,7 @@ void Scene::addSpeaker()
     add(lectern, polygon({{-0.3, 0}, {0.3, 0}, {0.36, 1.05}, {-0.36, 1.05}}), 0x54402e);
     add(lectern, polygon({{-0.24, 0.1}, {0.24, 0.1}, {0.28, 0.95}, {-0.28, 0.95}}), 0x493727);
     add(lectern, polygon({{-0.4, 1.05}, {0.4, 1.05}, {0.37, 1.13}, {-0.37, 1.13}}), 0x8a6b48);
-    add(lectern,
-        polygon({{-0.12, 0.72},
-                 {-0.07, 0.72},
-                 {0, 0.53},
-                 {0.07, 0.72},
-                 {0.12, 0.72},
-                 {0.03, 0.45},
-                 {-0.03, 0.45}}),
-        0xd8d2c6);
+    add(lectern, lettering("V", 0, 0.45, 0.27, true), 0xd8d2c6);
     add(lectern, disc(0, 0.72, 0.035, 0.035), amber);
     for (const double side : {-1.0, 1.0}) {
         add(lectern, hand(side * 0.2, 1.12, -side * 28, 0, 0.28, 0.012), 0x1b1c1e);
@@ -475,21 +396,24 @@ void Scene::addAudience()
 {
     constexpr double aisle = 0.75;
     constexpr double benchLength = 6.9;
-    Dice dice;
+    // The same at every start.
+    std::minstd_rand random; // NOLINT(cert-msc32-c, cert-msc51-cpp)
+    const auto oneOf = [&random](std::size_t count) { return static_cast<unsigned>(random() % count); };
     for (const double z : {7.4, 6.4, 5.4, 4.4, 3.4, -6.6, -5.6, -4.6, -3.6, -2.6}) {
         const bool ahead = z > 0;
         for (int seat = 8; seat >= 0; --seat) {
             for (const double side : {-1.0, 1.0}) {
-                if (dice.throwOne(6) == 0)
+                if (oneOf(6) == 0)
                     continue;
-                const Person person{skins[dice.throwOne(skins.size())], hairs[dice.throwOne(hairs.size())],
-                                    clothes[dice.throwOne(clothes.size())], dice.throwOne(2) == 0,
-                                    dice.throwOne(4) == 0};
-                const Sheet place = standingAt(side * (aisle + 0.4 + 0.75 * seat), z, floorLevel);
+                const Person person{skins[oneOf(skins.size())], hairs[oneOf(hairs.size())],
+                                    clothes[oneOf(clothes.size())], oneOf(2) == 0, oneOf(4) == 0};
+                // Turned towards the camera.
+                const double x = side * (aisle + 0.4 + 0.75 * seat);
+                const Sheet place{vector(x, floorLevel, z), vector(z, 0, -x).normalized(), vector(0, 1, 0)};
                 if (ahead)
                     addFromBehind(place, person);
                 else
-                    addFacing(place, 1.18 + 0.02 * dice.throwOne(5), person);
+                    addFacing(place, 1.18 + 0.02 * oneOf(5), person);
             }
         }
         // The backs of the benches ahead and the desks of those behind hide what is below.
@@ -509,13 +433,7 @@ void Scene::addFacing(const Sheet& sheet, double headHeight, const Person& perso
     if (person.longHair)
         add(sheet, roundBox(-0.125, h - 0.24, 0.25, 0.36, 0.11), person.hair.darker(115));
 
-    QPainterPath body;
-    body.moveTo(-0.27, h - 0.85);
-    body.cubicTo(-0.3, h - 0.45, -0.28, h - 0.26, -0.17, h - 0.22);
-    body.lineTo(0.17, h - 0.22);
-    body.cubicTo(0.28, h - 0.26, 0.3, h - 0.45, 0.27, h - 0.85);
-    body.closeSubpath();
-    add(sheet, body, person.clothes);
+    add(sheet, torso(h - 0.85, h - 0.22), person.clothes);
     add(sheet, polygon({{-0.07, h - 0.22}, {0.07, h - 0.22}, {0, h - 0.42}}), 0xd8d4cb);
     add(sheet, roundBox(-0.05, h - 0.25, 0.1, 0.2, 0.03), person.skin.darker(118));
     add(sheet, disc(-0.095, h - 0.005, 0.018, 0.03), person.skin.darker(110));
@@ -555,14 +473,8 @@ void Scene::addFacing(const Sheet& sheet, double headHeight, const Person& perso
 void Scene::addFromBehind(const Sheet& sheet, const Person& person)
 {
     constexpr double h = 1.2;
-    QPainterPath shoulders;
-    shoulders.moveTo(-0.28, 0.75);
-    shoulders.cubicTo(-0.29, 0.9, -0.26, 0.97, -0.14, 1.0);
-    shoulders.lineTo(0.14, 1.0);
-    shoulders.cubicTo(0.26, 0.97, 0.29, 0.9, 0.28, 0.75);
-    shoulders.closeSubpath();
     // The house lights are low: who sits ahead shows dark against the stage.
-    add(sheet, shoulders, person.clothes.darker(175));
+    add(sheet, torso(0.6, 1.0), person.clothes.darker(175));
     if (person.longHair) {
         QPainterPath hair;
         hair.moveTo(-0.125, h - 0.2);

@@ -7,7 +7,7 @@
 
 #include <vector>
 
-class QImage;
+class QPainter;
 class QPainterPath;
 
 /**
@@ -23,9 +23,8 @@ public:
     /** Needs a QGuiApplication, for its letters. */
     Scene();
 
-    /** Draws the whole picture, of Format_RGB32, whose size the projection was made for. What is out of it or
-     * smaller than a pixel costs next to nothing. */
-    void draw(QImage& picture, const Projection& projection) const;
+    /** Draws the whole picture, whose size the projection was made for. */
+    void draw(QPainter& painter, const Projection& projection) const;
 
 private:
     /** A sheet in the room to draw on, in metres from `origin`. */
@@ -45,19 +44,13 @@ private:
         bool glasses;
     };
 
-    /** A coloured area. Its outlines lie within an angle around `middle`, whose sine is `reach` (1 from a
-     * right angle on). The largest of them has about the radius `grain` by itself, in radians. */
+    /** A coloured area. */
     struct Face
     {
         std::vector<std::vector<QVector3D>> outlines;
         QColor colour;
-        QVector3D middle;
-        float reach = 0;
-        float grain = 0;
-        bool convex = false;
     };
 
-    static Sheet standingAt(double x, double z, double floor);
     void add(const Sheet& sheet, const QPainterPath& drawing, const QColor& colour);
 
     void addRoom();
@@ -65,11 +58,12 @@ private:
     void addClock();
     void addStage();
     void addWindows();
-    void addDoors();
+    void addRightWall();
     void addBackWall();
     void addAudience();
     void addPanel();
     void addSpeaker();
+    void addDoor(const Sheet& wall, double x);
     void addFacing(const Sheet& sheet, double headHeight, const Person& person);
     void addFromBehind(const Sheet& sheet, const Person& person);
 

@@ -1,0 +1,269 @@
+#include "Conversation.h"
+
+#include "FramePattern.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace {
+
+using Time = Conversation::Time;
+using Kind = Dialogue::Step::Kind;
+
+// The line is quiet when it has been so for this long, but nobody waits longer for that.
+constexpr Time quiet{50};
+constexpr Time longestChatter{3000};
+// What else the camera has to say has come by then.
+constexpr Time silenceAtTheEnd{100};
+// A camera that has not answered so many frames is not there.
+constexpr int framesToAnswer = 2;
+const char* const nothing = "nothing";
+
+// What sets a part of the camera in motion until it is told to stop, and what stops it.
+struct Motion
+{
+    const char* drive;
+    const char* stop;
+};
+
+constexpr std::array<Motion, 3> motions{{
+    {"8x 01 06 01 ?? ?? ?? ?? FF", "8x 01 06 01 VV WW 03 03 FF"},
+    {"8x 01 04 07 ?? FF", "8x 01 04 07 00 FF"},
+    {"8x 01 04 08 ?? FF", "8x 01 04 08 00 FF"},
+}};
+
+int widestAnswer(const Dialogue& dialogue)
+{
+    int width = static_cast<int>(std::strlen("expected"));
+    for (const Dialogue::Step& step : dialogue.steps) {
+        if (step.kind == Kind::Expect)
+            width = std::max(width, static_cast<int>(step.bytes.size()));
+    }
+    return width;
+}
+
+QString afterGap(const QString& remark)
+{
+    return remark.isEmpty() ? QString() : "  # " + remark;
+}
+
+} // namespace
+
+Conversation::Conversation(const Dialogue& dialogueToHold)
+    : dialogue(dialogueToHold)
+    , width(widestAnswer(dialogueToHold))
+{
+    report += "Dialogue " + dialogue.name;
+    for (const QString& remark : dialogue.remarks)
+        report += "# " + remark;
+    if (!dialogue.cameraOptions.isEmpty())
+        report += QString("for a camera like vantrel-camera %1").arg(dialogue.cameraOptions.join(' '));
+    if (dialogue.isLenient)
+        report += "for a camera like vantrel-camera without --strict";
+    report += QString("  %1  received").arg("expected", -width);
+}
+
+void Conversation::proceed(const QByteArray& bytes, Time now)
+{
+    clock = now;
+    takeAnswers(bytes);
+    while (!over && current < dialogue.steps.size() && perform(dialogue.steps[current]))
+        ++current;
+    if (over || current < dialogue.steps.size() || !settles(sentAt + silenceAtTheEnd))
+        return;
+    over = true;
+    if (differenceCount == 0)
+        report += "as expected";
+    else if (!isMute())
+        report += QString("differences: %1").arg(differenceCount);
+}
+
+void Conversation::stop(Time now)
+{
+    clock = now;
+    isDeaf = true;
+    lastByteAt = clock + quiet;
+    for (const QByteArray& cancel : sockets)
+        say(cancel, "stops what is under way");
+    sockets.clear();
+    for (QByteArray& frame : stops) {
+        if (!frame.isEmpty())
+            say(std::exchange(frame, {}), "stops what moves");
+    }
+}
+
+void Conversation::takeAnswers(const QByteArray& bytes)
+{
+    if (bytes.isEmpty())
+        return;
+    lastByteAt = clock;
+    if (isDeaf)
+        return;
+    heardAnything = true;
+    received += bytes;
+    while (received.contains(frameEnd)) {
+        const QByteArray answer = received.left(received.indexOf(frameEnd) + 1);
+        received.remove(0, answer.size());
+        noteSocket(answer);
+        answers.push_back({answer, clock});
+    }
+}
+
+// A socket is in use from its ACK to its completion or error; a cancel ends what it does.
+void Conversation::noteSocket(const QByteArray& answer)
+{
+    const auto cancel = [](FrameNumbers numbers) {
+        numbers['x'] -= 8;
+        return makeFrame("8x 2s FF", numbers);
+    };
+    if (const auto ack = matchFrame(answer, "x0 4s FF"))
+        sockets.insert(cancel(*ack));
+    for (const char* const end : {"x0 5s FF", "x0 6s ?? FF"}) {
+        if (const auto numbers = matchFrame(answer, end))
+            sockets.erase(cancel(*numbers));
+    }
+}
+
+// Whether the step is over; if not, the time or an answer goes on with it.
+bool Conversation::perform(const Dialogue::Step& step)
+{
+    if (step.kind == Kind::Expect)
+        return expect(step);
+    if (step.kind == Kind::Silence) {
+        rejectAnswers();
+        return !waits(sentAt + step.within);
+    }
+    if (!settles(sentAt + step.after))
+        return false;
+    isDeaf = false;
+    hasDiffered = false;
+    sentAt = clock;
+    ++sentCount;
+    say(QByteArray::fromHex(step.bytes), step.remark);
+    return true;
+}
+
+// Whether it is `time`, the line is quiet, and what has to stop has stopped.
+bool Conversation::settles(Time time)
+{
+    if (waits(std::max(time, std::min(lastByteAt + quiet, time + longestChatter))))
+        return false;
+    if (!received.isEmpty())
+        answers.push_back({std::exchange(received, {}), lastByteAt});
+    rejectAnswers();
+    if (isMute() && sentCount >= framesToAnswer) {
+        over = true;
+        return false;
+    }
+    const bool moves =
+        !sockets.empty() ||
+        std::any_of(stops.begin(), stops.end(), [](const QByteArray& frame) { return !frame.isEmpty(); });
+    if (!moves || (!hasDiffered && current < dialogue.steps.size()))
+        return true;
+    stop(clock);
+    return !waits(lastByteAt + quiet);
+}
+
+bool Conversation::waits(Time time)
+{
+    due = time;
+    return clock < time;
+}
+
+bool Conversation::expect(const Dialogue::Step& step)
+{
+    for (; !answers.empty() && !isExpectedLater(answers.front().bytes); answers.pop_front()) {
+        const Answer answer = answers.front();
+        if (!matches(step, answer.bytes)) {
+            unexpected.push_back(answer);
+            continue;
+        }
+        answers.pop_front();
+        rejectUnexpected();
+        tell(step.bytes, answer, answer.at < sentAt + step.after ? "too early" : "", step.remark);
+        return true;
+    }
+    if (answers.empty() && waits(sentAt + step.within))
+        return false;
+    Answer instead{{}, clock};
+    if (!unexpected.empty()) {
+        instead = unexpected.front();
+        unexpected.pop_front();
+    }
+    tell(step.bytes, instead, "differs", step.remark);
+    return true;
+}
+
+// Whether an answer is not that of the present step but that of one to come before the next frame.
+bool Conversation::isExpectedLater(const QByteArray& answer) const
+{
+    for (auto step = current; step < dialogue.steps.size(); ++step) {
+        if (dialogue.steps[step].kind != Kind::Expect)
+            return false;
+        if (matches(dialogue.steps[step], answer))
+            return step > current;
+    }
+    return false;
+}
+
+bool Conversation::matches(const Dialogue::Step& step, const QByteArray& answer) const
+{
+    // "90 41 FF": which socket it is, the camera may choose.
+    constexpr int kindAt = 3;
+    constexpr int socketAt = 4;
+    const auto isSocket = [](int number) { return number == 1 || number == 2; };
+    QByteArray expected = step.bytes;
+    const int socket = answer.size() > 1 ? answer.at(1) & 0x0F : 0;
+    if (!dialogue.socketsMatter && isSocket(socket) && expected.size() > socketAt &&
+        isSocket(expected.at(socketAt) - '0') && expected.at(kindAt) >= '4' && expected.at(kindAt) <= '6')
+        expected[socketAt] = static_cast<char>('0' + socket);
+    return matchFrame(answer, expected.constData()).has_value();
+}
+
+void Conversation::rejectAnswers()
+{
+    unexpected.insert(unexpected.end(), answers.begin(), answers.end());
+    answers.clear();
+    rejectUnexpected();
+}
+
+void Conversation::rejectUnexpected()
+{
+    for (const Answer& answer : std::exchange(unexpected, {}))
+        tell(nothing, answer, "differs");
+}
+
+// Sends frames and notes what they set in motion and what they stop.
+void Conversation::say(const QByteArray& frames, const QString& remark)
+{
+    report += QString("> %1%2").arg(hexadecimal(frames), afterGap(remark));
+    output += frames;
+    const QList<QByteArray> parts = frames.split(frameEnd);
+    for (const QByteArray& part : parts) {
+        const QByteArray frame = part + frameEnd;
+        for (std::size_t index = 0; index < motions.size(); ++index) {
+            const auto drive = matchFrame(frame, motions[index].drive);
+            if (matchFrame(frame, motions[index].stop))
+                stops[index].clear();
+            else if (drive)
+                stops[index] = makeFrame(motions[index].stop, {{'x', drive->value('x')}, {'V', 1}, {'W', 1}});
+        }
+    }
+}
+
+void Conversation::tell(const QByteArray& expected, const Answer& answer, const QString& difference,
+                        const QString& remark)
+{
+    if (!difference.isEmpty()) {
+        ++differenceCount;
+        hasDiffered = true;
+    }
+    const QString text = answer.bytes.isEmpty() ? nothing : hexadecimal(answer.bytes);
+    report += QString("< %1  %2  %3 ms  %4")
+                  .arg(QString(expected), -width)
+                  .arg(text, -width)
+                  .arg((answer.at - sentAt).count(), 5)
+                  .arg(difference)
+                  .trimmed() +
+              afterGap(remark);
+}
