@@ -1,8 +1,8 @@
 // Feeds the camera link's reply reader with any bytes in any chunks, over a real serial line, and compares
 // every line that it logs with what a second, plain reader makes of the same bytes.
 //
-// An input is the byte stream from its front and the sizes of the chunks from its end; the last chunk takes
-// what is left. A size of zero is a disconnect and a connect.
+// The front of an input is the byte stream. Its end, read backwards, has the sizes of the chunks; the last
+// chunk takes the rest. A size of zero disconnects and connects again.
 
 #include "PseudoTerminal.h"
 #include "app/VantrelApp.h"
@@ -26,8 +26,8 @@ QStringList logged;
 
 } // namespace
 
-// The link's surroundings: a store without a file, whose log stays in memory, and an application object
-// without a window. An error box would be a finding.
+// Instead of the whole program, the link gets a store without a file, whose log stays in memory, and an
+// application object without a window. An error box is a failure.
 
 AppSettingsManager::AppSettingsManager()
     : settings(nullptr)
@@ -118,8 +118,8 @@ void reconnect(ReplyModel& model)
 
 } // namespace
 
-// QSerialPort writes a lock file at every open and waits for the disk, which is all the time that a reconnect
-// takes. This one does not survive a power cut.
+// QSerialPort writes a lock file at every open and waits for the disk, which takes nearly all the time of a
+// reconnect. Do not wait: this lock need not survive a power cut.
 extern "C" int fdatasync(int)
 {
     return 0;
@@ -148,7 +148,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         else
             deliver(model, QByteArray::fromStdString(chunk));
     }
-    // Whatever the reader was in the middle of, after a terminator it waits for the next input.
+    // After a terminator the reader waits for a new reply, whatever came before.
     deliver(model, QByteArray(1, ReplyEnd));
     return 0;
 }

@@ -1,9 +1,9 @@
 // Feeds the simulated camera with any bytes in any chunks at any times, and compares what it takes for frames
-// with what a second, plain reader makes of the same bytes. Each frame for the camera is answered, nothing
-// else is, and when it is left alone it falls silent.
+// with what a second, plain reader makes of the same bytes. It answers each frame for it and nothing else,
+// and it stops answering when nothing more arrives.
 //
-// An input is the byte stream from its front and, from its end, how the camera starts, and for each chunk its
-// size, how often it comes, and the pause after it; the last chunk takes what is left.
+// The front of an input is the byte stream. Its end, read backwards, says how the camera starts, and for each
+// chunk its size, how often it comes, and the pause after it; the last chunk takes the rest.
 
 #include "ViscaCamera.h"
 
@@ -19,9 +19,9 @@ using Time = ViscaCamera::Time;
 constexpr char FrameEnd = '\xFF';
 constexpr int LongestFrame = 16;
 constexpr Time FrameTimeout{1000};
-// Two for a command, and one more for the first after standby.
-constexpr int MostRepliesToAFrame = 3;
-// What is still to come when nothing more arrives: the queue, and two journeys.
+// A command has two.
+constexpr int MostRepliesToAFrame = 2;
+// Replies that still come when nothing more arrives: to the queue, and to two movements.
 constexpr int MostRepliesAtTheEnd = 64 * MostRepliesToAFrame + 2;
 
 constexpr std::size_t LargestChunk = 64;
@@ -29,7 +29,7 @@ constexpr int MostChunks = 8;
 constexpr int MostRepeats = 20;
 constexpr int LongestPauseMs = 3000;
 
-// What a camera does with bytes, without its speed and its bounds.
+// Reads as a camera does, without regard to speed and memory.
 class PlainReader
 {
 public:
@@ -38,13 +38,15 @@ public:
     {
     }
 
-    // Takes a chunk; `pieces` is what is complete with it, `frames` how many frames an answer is due to.
+    // Takes a chunk. `pieces` is what it completes, `frames` how many of these the camera must answer.
     void take(const QByteArray& chunk, Time now)
     {
         pieces.clear();
         frames = 0;
         if (!frame.isEmpty() && now - lastByteAt >= FrameTimeout)
             finish(frame);
+        if (chunk.isEmpty())
+            return;
         for (const char byte : chunk) {
             QByteArray& current = frame.isEmpty() && (byte & 0xF0) != 0x80 ? noise : frame;
             if (&current == &frame)
@@ -145,11 +147,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         if (replies > MostRepliesToAFrame * frames)
             qFatal("%d replies to %d frames", replies, frames);
         replies += look(camera.receive(chunk, now), pieces);
-        if (!chunk.isEmpty())
-            model.take(chunk, now);
-        if (!chunk.isEmpty() && pieces != model.pieces)
+        model.take(chunk, now);
+        if (pieces != model.pieces)
             qFatal("the camera took %s for something else", chunk.toHex(' ').constData());
-        frames += chunk.isEmpty() ? 0 : model.frames;
+        frames += model.frames;
         checkPosition(camera);
         now += pause;
     }
@@ -159,7 +160,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     while (const auto due = camera.nextDue())
         repliesAtTheEnd += look(camera.advance(*due), pieces);
     replies += repliesAtTheEnd;
-    if (!pieces.isEmpty() || repliesAtTheEnd > MostRepliesAtTheEnd)
+    model.take({}, now + FrameTimeout);
+    if (pieces != model.pieces || repliesAtTheEnd > MostRepliesAtTheEnd)
         qFatal("at the end there were %d more replies", repliesAtTheEnd);
     if (replies < frames || replies > MostRepliesToAFrame * frames)
         qFatal("%d replies to %d frames", replies, frames);
