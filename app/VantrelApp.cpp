@@ -3,12 +3,27 @@
 #include "app/AppQuitSignals.h"
 #include "camera/AppVantrelSerial.h"
 #include "settings/AppSettingsManager.h"
+#include "ui/AppAccessibleCheckBox.h"
+#include "ui/AppFocusRing.h"
+#include "ui/AppHoldGuard.h"
+#include "ui/AppKeyRepeat.h"
 #include "ui/AppMainWin.h"
+#include "ui/AppSettingWin.h"
+#include "ui/AppSettingsPlace.h"
+#include "ui/AppSpokenField.h"
+#include "ui/AppSpokenStatus.h"
 
 #include <QIcon>
+#include <QLabel>
+#include <QLineEdit>
 #include <QMessageBox>
+#include <QPushButton>
+#include <QStatusBar>
 
 namespace {
+
+constexpr const char* MotionButtons[] = {"upBtn",     "leftBtn", "homeBtn",   "rightBtn",
+                                         "zoomInBtn", "downBtn", "zoomOutBtn"};
 
 // Qt keeps a reference to the argument count for as long as the application object lives.
 int argumentCount = 0;
@@ -25,18 +40,48 @@ VantrelApp::VantrelApp(int argc, char** argv)
         icon.addFile(QString(":/icon/") + size);
     setWindowIcon(icon);
     new AppQuitSignals(this);
+    // Before the windows: Qt creates each accessible interface only once.
+    AppAccessibleCheckBox::install();
 
     settingsManager = new AppSettingsManager();
     serial = new AppVantrelSerial();
     mainWin = new AppMainWin(nullptr);
+    addHelpers();
+    // The port writes the recall of a start-up preset now, before there is a window to see.
+    processEvents(QEventLoop::ExcludeUserInputEvents);
     mainWin->show();
-    // The status bar has told its width only now; on Wayland a window that widens after its first picture may
-    // be made narrow again.
+    // Apply the status bar's size hint now. On Wayland a window that grows after its first frame may be
+    // shrunk again.
     sendPostedEvents(nullptr, QEvent::LayoutRequest);
+}
+
+void VantrelApp::addHelpers()
+{
+    for (const char* name : MotionButtons) {
+        auto* guard = new AppHoldGuard(mainWin->findChild<QPushButton*>(name));
+        // Right before clicked(), which closes the port: the motion's stop has to go out before.
+        connect(mainWin->findChild<QPushButton*>("connectBtn"), SIGNAL(released()), guard, SLOT(endMotion()));
+        helpers.append(guard);
+    }
+
+    auto* settingWin = mainWin->findChild<AppSettingWin*>();
+    helpers.append(new AppSettingsPlace(settingWin));
+    helpers.append(new AppFocusRing(mainWin));
+    helpers.append(new AppFocusRing(settingWin));
+    helpers.append(new AppSpokenStatus(mainWin->statusBar()->findChild<QLabel*>()));
+    helpers.append(new AppSpokenField(mainWin->findChild<QLineEdit*>("presetEdit")));
+    helpers.append(new AppSpokenField(mainWin->findChild<QLineEdit*>("presetNameEdit")));
+    // Other platforms tell repeats from real releases by themselves; no release has to wait there.
+    if (platformName() == "xcb")
+        helpers.append(new AppKeyRepeat(mainWin));
+    // No control has the focus at first, so a key cannot trigger one by accident.
+    mainWin->centralWidget()->setFocus();
+    settingWin->setFocus();
 }
 
 VantrelApp::~VantrelApp()
 {
+    qDeleteAll(helpers);
     delete mainWin;
     delete settingsManager;
     delete serial;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QApplication>
+#include <QObjectList>
 #include <QString>
 
 class AppMainWin;
@@ -17,21 +18,16 @@ public:
     /**
      * Creates the settings store, the camera link and the main window, in this order, and shows the window.
      * The window tries to connect to the camera while it is being built, so a port that cannot be opened
-     * shows its error box before the window appears.
-     *
-     * @param argc the argument count of main()
-     * @param argv the arguments of main(); Qt takes its own options out of them
+     * shows its error box before the window appears. Qt takes its own options out of the arguments.
      */
     VantrelApp(int argc, char** argv);
 
-    /** Deletes the main window, the settings store and the camera link, in this order. */
+    /** Ends a motion that is still held; deletes the main window, the settings store and the camera link. */
     ~VantrelApp() override;
 
     /**
-     * Shows a message in a modal box titled "Vantrel" and returns when the user has dismissed it. The event
-     * loop runs meanwhile, so the camera's replies are still read and logged.
-     *
-     * @param message the text, shown unchanged; it may be empty
+     * Shows a text, unchanged, in a modal box titled "Vantrel" and returns when the user has dismissed it.
+     * The event loop runs meanwhile, so the camera's replies are still read and logged.
      */
     void showMessage(QString message);
 
@@ -43,6 +39,12 @@ public:
 
     /** The link to the camera. */
     AppVantrelSerial* serial = nullptr;
+
+private:
+    void addHelpers();
+
+    // What keyboard, mouse and assistive software need beyond the windows' own code.
+    QObjectList helpers;
 };
 
 /** The one application object of the process; valid from its construction to its destruction. */

@@ -1,16 +1,14 @@
 #include "camera/AppVantrelSerial.h"
 
 #include "app/VantrelApp.h"
+#include "camera/AppLineWatch.h"
 #include "settings/AppSettingsManager.h"
 
-#include <QEvent>
 #include <QSerialPortInfo>
-#include <QSocketNotifier>
+#include <QSignalBlocker>
 #include <QTimer>
 
 #include <algorithm>
-#include <cerrno>
-#include <cstring>
 #include <termios.h>
 #include <utility>
 
@@ -52,18 +50,15 @@ constexpr int ReplyCapacity = 32;
 constexpr int ReplyStorageSize = ReplyCapacity + 1;
 constexpr int NoReply = -1;
 
-struct UsbIdentifiers
-{
-    quint16 vendor;
-    quint16 product;
-};
-
+// USB identifiers of vendor and product.
+using UsbIdentifiers = std::pair<quint16, quint16>;
 constexpr UsbIdentifiers WchCh340{0x1A86, 0x7523};
 constexpr UsbIdentifiers FtdiFtX{0x0403, 0x6015};
 
-bool isAdapter(const QSerialPortInfo& port, const UsbIdentifiers& adapter)
+bool isCameraAdapter(const QSerialPortInfo& port)
 {
-    return port.vendorIdentifier() == adapter.vendor && port.productIdentifier() == adapter.product;
+    const UsbIdentifiers identifiers(port.vendorIdentifier(), port.productIdentifier());
+    return identifiers == WchCh340 || identifiers == FtdiFtX;
 }
 
 char lowByte(int value)
@@ -76,6 +71,7 @@ char lowByte(int value)
 AppVantrelSerial::AppVantrelSerial()
     : serialPort(new QSerialPort(this))
     , replyIndex(NoReply)
+    , lineWatch(new AppLineWatch(serialPort))
 {
     connect(serialPort, SIGNAL(errorOccurred(QSerialPort::SerialPortError)), this,
                                SLOT(onErrorOccured(QSerialPort::SerialPortError)));
@@ -85,6 +81,7 @@ AppVantrelSerial::AppVantrelSerial()
 AppVantrelSerial::~AppVantrelSerial()
 {
     closeSerialPort();
+    delete lineWatch;
     delete serialPort;
 }
 
@@ -107,9 +104,7 @@ void AppVantrelSerial::setupSerialPort()
 QString AppVantrelSerial::getCOMPortWhenAuto()
 {
     const auto ports = QSerialPortInfo::availablePorts();
-    const auto adapter = std::find_if(ports.begin(), ports.end(), [](const QSerialPortInfo& port) {
-        return isAdapter(port, WchCh340) || isAdapter(port, FtdiFtX);
-    });
+    const auto adapter = std::find_if(ports.begin(), ports.end(), isCameraAdapter);
     if (adapter == ports.end())
         return FallbackPort;
 
@@ -127,11 +122,7 @@ void AppVantrelSerial::openSerialPort()
     if (!isOpened)
         return;
 
-    // What wakes the event loop when bytes arrive, and when the line hangs up.
-    const auto notifiers = serialPort->findChildren<QSocketNotifier*>();
-    for (QSocketNotifier* notifier : notifiers)
-        notifier->installEventFilter(this);
-
+    lineWatch->start();
     replyBuffer = new char[ReplyStorageSize];
     replyIndex = NoReply;
     emit onDeviceConnected();
@@ -139,12 +130,24 @@ void AppVantrelSerial::openSerialPort()
 
 void AppVantrelSerial::closeSerialPort()
 {
-    if (serialPort->isOpen())
+    reset();
+    emit onDeviceDisconnected();
+}
+
+void AppVantrelSerial::reset()
+{
+    if (serialPort->isOpen()) {
+        // The port drops what it has not sent yet, such as the stop of a motion. That a line takes no more is
+        // no news to a user who closes it.
+        const QSignalBlocker quiet(serialPort);
+        serialPort->flush();
+        // The port puts the line's earlier baud rate back; let the bytes go out at theirs.
+        tcdrain(serialPort->handle());
         serialPort->close();
+    }
     delete[] replyBuffer;
     replyBuffer = nullptr;
     replyIndex = NoReply;
-    emit onDeviceDisconnected();
 }
 
 bool AppVantrelSerial::isConnected()
@@ -152,42 +155,24 @@ bool AppVantrelSerial::isConnected()
     return serialPort->isOpen();
 }
 
-bool AppVantrelSerial::eventFilter(QObject* watched, QEvent* event)
-{
-    // Before the port reads: what it makes of a line that is gone depends on the version of Qt, and may be
-    // nothing.
-    if (event->type() == QEvent::SockAct && noticeLoss())
-        return true;
-    return QObject::eventFilter(watched, event);
-}
-
-bool AppVantrelSerial::noticeLoss()
-{
-    // Of a terminal whose device is gone the operating system does not tell the attributes.
-    termios attributes{};
-    if (!serialPort->isOpen() || tcgetattr(serialPort->handle(), &attributes) == 0)
-        return false;
-
-    // The port's own words are about an older error.
-    const QString reason = QString::fromLocal8Bit(std::strerror(errno));
-    // A line that is gone wakes the event loop without end, also while the box below is open.
-    serialPort->close();
-    showError(reason);
-    closeSerialPort();
-    return true;
-}
-
 void AppVantrelSerial::onErrorOccured(QSerialPort::SerialPortError err)
 {
-    if (err == QSerialPort::NoError || signalsBlocked() || noticeLoss())
+    if (err == QSerialPort::NoError)
         return;
 
-    // A port that does not open is no device lost, whatever the error.
+    const QString loss = lineWatch->loss();
+    const bool isLost = !loss.isEmpty();
+    // Close first: a hung-up descriptor stays readable and would keep the event loop busy while the box is
+    // open.
+    if (isLost)
+        reset();
+
+    // A failed open() is not a lost device, even if it reports ResourceError.
     const bool isFailedOpen = std::exchange(isOpening, false);
-    showError(serialPort->errorString());
+    showError(isLost ? loss : serialPort->errorString());
     isOpening = isFailedOpen;
 
-    if (err == QSerialPort::ResourceError && !isFailedOpen)
+    if (isLost || (err == QSerialPort::ResourceError && !isFailedOpen))
         closeSerialPort();
     else
         emit onDeviceError();
@@ -309,13 +294,8 @@ void AppVantrelSerial::sendHex(char* bytes, int count)
 
 void AppVantrelSerial::writeFrame(const char* bytes, qint64 count)
 {
-    if (!serialPort->isOpen())
-        return;
-
-    serialPort->write(bytes, count);
-    // QSerialPort keeps what it is given until the event loop runs; a disconnect or exit before that would
-    // lose the frame.
-    serialPort->flush();
+    if (serialPort->isOpen())
+        serialPort->write(bytes, count);
 }
 
 void AppVantrelSerial::onReadyToRead()

@@ -9,16 +9,21 @@
 namespace {
 
 constexpr char EntryFileName[] = "Vantrel.desktop";
-constexpr char EntryBegin[] = "[Desktop Entry]\nType=Application\nName=Vantrel\nIcon=vantrel\nExec=";
+constexpr char EntryBegin[] = "[Desktop Entry]\nType=Application\nName=Vantrel\nIcon=vantrel\n";
 
-// An argument of Exec is escaped twice: for the quotes around it, then as a text of the file. A percent sign
-// would begin a field code.
+// A text of the file.
+QString escaped(QString text)
+{
+    return text.replace('\\', "\\\\").replace('\n', "\\n").replace('\t', "\\t").replace('\r', "\\r");
+}
+
+// An argument of Exec, which is escaped twice: for the quotes around it, then as a text of the file. A
+// percent sign would begin a field code.
 QString quoted(QString argument)
 {
     for (const char special : {'\\', '"', '`', '$'})
         argument.replace(special, QString("\\") + special);
-    argument.replace('\\', "\\\\").replace('\n', "\\n").replace('\t', "\\t").replace('\r', "\\r");
-    return '"' + argument.replace('%', "%%") + '"';
+    return '"' + escaped(argument).replace('%', "%%") + '"';
 }
 
 } // namespace
@@ -36,6 +41,7 @@ void setLoginEntry(bool enabled)
     QSaveFile entry(path);
     if (!entry.open(QIODevice::WriteOnly))
         return;
-    entry.write((EntryBegin + quoted(QCoreApplication::applicationFilePath()) + '\n').toUtf8());
+    const QString program = QCoreApplication::applicationFilePath();
+    entry.write((EntryBegin + ("TryExec=" + escaped(program)) + "\nExec=" + quoted(program) + '\n').toUtf8());
     entry.commit();
 }

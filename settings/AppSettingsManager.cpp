@@ -1,6 +1,7 @@
 #include "settings/AppSettingsManager.h"
 
 #include "settings/AppLoginEntry.h"
+#include "settings/AppSettingsFile.h"
 
 #include <QCoreApplication>
 #include <QDebug>
@@ -53,18 +54,15 @@ QString defaultPresetName(int preset)
 }
 
 AppSettingsManager::AppSettingsManager()
-    : settings(new QSettings(getDefaultPath() + SettingsFileName, QSettings::IniFormat))
 {
-    // A program killed while QSettings made its lock leaves it empty, and the next change would wait 30
-    // seconds for an owner that is gone.
-    const QFileInfo lock(settings->fileName() + ".lock");
-    if (lock.exists() && lock.size() == 0)
-        QFile::remove(lock.filePath());
-
+    const QString path = getDefaultPath() + SettingsFileName;
+    [[maybe_unused]] const bool isUtf8 = prepareSettingsFile(path);
+    settings = new QSettings(path, QSettings::IniFormat);
 #if QT_VERSION_MAJOR < 6
-    // Qt 6 stores text as UTF-8, and Qt 5 as escapes, which both read. So Qt 5 reads all of it as UTF-8 now;
-    // told to write it, too, it would break the characters that take two of QChar.
-    settings->setIniCodec("UTF-8");
+    // Qt 6 stores text as UTF-8, Qt 5 as escapes, which both read. Read as UTF-8 once, then write as ever: a
+    // codec for writing would break the characters that take two QChar.
+    if (isUtf8)
+        settings->setIniCodec("UTF-8");
     settings->allKeys();
     settings->setIniCodec(static_cast<QTextCodec*>(nullptr));
 #endif

@@ -33,6 +33,19 @@ QString lineIsGone()
     return QString::fromLocal8Bit(std::strerror(EIO));
 }
 
+// The reply reader's state is private; an explicit instantiation may name it.
+QString readerOf(const AppVantrelSerial& link);
+
+template <char* AppVantrelSerial::*Buffer, int AppVantrelSerial::*Index> struct ReaderOf
+{
+    friend QString readerOf(const AppVantrelSerial& link)
+    {
+        return QString("%1 buffer, index %2").arg(link.*Buffer ? "a" : "no").arg(link.*Index);
+    }
+};
+
+template struct ReaderOf<&AppVantrelSerial::replyBuffer, &AppVantrelSerial::replyIndex>;
+
 QSerialPort* portOf(const Desk& desk)
 {
     return desk.link()->findChild<QSerialPort*>();
@@ -46,8 +59,8 @@ class DeviceLossTest : public QObject
 
 private slots:
     void pulledAdapterIsToldOnceAndDisconnects();
-    void pulledAdapterIsNoticedWhereThePortSaysNothing();
-    void portIsClosedBeforeTheUserIsTold();
+    void pulledAdapterIsNoticedBeforeThePortReads();
+    void linkIsClosedBeforeTheUserIsTold();
     void disconnectionIsSignalledAfterTheBoxIsDismissed();
     void pulledWhileAButtonIsHeld();
     void pulledWithAHomeFollowUpPending();
@@ -90,28 +103,34 @@ void DeviceLossTest::pulledAdapterIsToldOnceAndDisconnects()
     QCOMPARE(desk.profile.log(), QStringList());
 }
 
-void DeviceLossTest::pulledAdapterIsNoticedWhereThePortSaysNothing()
+// With Qt 5.15.19 and 6.8 the port reads nothing and says nothing, with 5.15.8 it reports read errors without
+// end.
+void DeviceLossTest::pulledAdapterIsNoticedBeforeThePortReads()
 {
     Desk desk;
     const LinkSignals heard(desk.link());
-    // As with Qt 5.15.19 and 6.8.
-    const QSignalBlocker silence(portOf(desk));
+    QVector<QSerialPort::SerialPortError> errors;
+    connect(portOf(desk), &QSerialPort::errorOccurred, this, [&errors](auto error) { errors.append(error); });
 
     desk.camera.pull();
 
     QTRY_COMPARE(stateOf(desk, heard), Lost);
+    QCOMPARE(errors, {QSerialPort::ResourceError});
 }
 
-void DeviceLossTest::portIsClosedBeforeTheUserIsTold()
+void DeviceLossTest::linkIsClosedBeforeTheUserIsTold()
 {
     Desk desk;
-    bool openWhileTold = true;
-    desk.user.whenOpen([&] { openWhileTold = desk.link()->isConnected() || portOf(desk)->isOpen(); });
+    desk.camera.reply("90 41");
+    QTRY_COMPARE(desk.profile.log(), QStringList("9041"));
+    QString whileTold;
+    desk.user.whenOpen(
+        [&] { whileTold = readerOf(*desk.link()) + (desk.link()->isConnected() ? ", open" : ""); });
 
     desk.camera.pull();
 
     QTRY_COMPARE(desk.user.boxes().size(), 1);
-    QVERIFY(!openWhileTold);
+    QCOMPARE(whileTold, "no buffer, index -1");
 }
 
 void DeviceLossTest::disconnectionIsSignalledAfterTheBoxIsDismissed()
@@ -190,7 +209,7 @@ void DeviceLossTest::pulledRightBeforeACommand()
     desk.camera.pull();
     desk.find<QPushButton>(qPrintable(button))->click();
 
-    QCOMPARE(stateOf(desk, heard), Lost);
+    QTRY_COMPARE(stateOf(desk, heard), Lost);
     QCoreApplication::processEvents();
     QCOMPARE(stateOf(desk, heard), Lost);
 }
@@ -204,7 +223,7 @@ void DeviceLossTest::pulledRightBeforeManyCommands()
     for (int preset = 1; preset <= 20; ++preset)
         desk.link()->callPreset(preset);
 
-    QCOMPARE(stateOf(desk, heard), Lost);
+    QTRY_COMPARE(stateOf(desk, heard), Lost);
     QCOMPARE(desk.profile.log().size(), 20);
 }
 
@@ -303,8 +322,8 @@ void DeviceLossTest::pulledAsTheStartUpPresetGoesOut()
 
     desk.find<QPushButton>("connectBtn")->click();
 
-    QCOMPARE(stateOf(desk, heard),
-             "Connect, Device disconnected, closed, told once, onDeviceConnected onDeviceDisconnected");
+    QTRY_COMPARE(stateOf(desk, heard),
+                 "Connect, Device disconnected, closed, told once, onDeviceConnected onDeviceDisconnected");
     QCoreApplication::processEvents();
     QCOMPARE(desk.user.boxes().size(), 1);
 }

@@ -183,6 +183,18 @@ private slots:
         QCOMPARE(desk.profile.log(), QStringList({"MoveUp", "MoveStop"}));
     }
 
+    void aPresetReleasedRightBeforeTheEndIsStillRecalled()
+    {
+        Desk desk;
+        auto* button = desk.find<QPushButton>("preset2Btn");
+
+        press(button, 100);
+        release(button, 200);
+        desk.program.reset();
+
+        QCOMPARE(desk.profile.log(), QStringList("Call Preset2"));
+    }
+
     void aPressRightAfterLeavingARepeatingButtonIsHeld()
     {
         Desk desk;

@@ -1,12 +1,17 @@
 #include "support/Desk.h"
+#include "support/Form.h"
 
+#include <QAbstractItemView>
 #include <QComboBox>
 #include <QLineEdit>
+#include <QPainter>
 #include <QPushButton>
-#include <QSlider>
+#include <QScrollBar>
+#include <QStyle>
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
 
 namespace {
 
@@ -50,6 +55,29 @@ QVector<QPoint> frameAround(const QRect& area, int distance)
     return points;
 }
 
+// What the user sees of a control, in its window: the image in the middle of an image button, or all of it.
+QRect seenPartOf(const QWidget* control)
+{
+    const QRect all(control->mapTo(control->window(), QPoint(0, 0)), control->size());
+    const auto centred = [&all](const char* image) {
+        const int side = QImage(QString(":/assets/") + image).width();
+        return QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, {side, side}, all);
+    };
+    if (control->objectName() == SettingsButton.name)
+        return centred(SettingsButton.image);
+    const auto* found =
+        std::find_if(std::begin(ImageButtons), std::end(ImageButtons),
+                     [control](const auto& button) { return control->objectName() == button.name; });
+    return found == std::end(ImageButtons) ? all : centred(found->image);
+}
+
+// A field with the focus shows its cursor: puts the part of another picture in its place.
+void leaveOutCursor(QImage& picture, const QImage& other, const QWidget* control)
+{
+    if (qobject_cast<const QLineEdit*>(control))
+        QPainter(&picture).drawImage(seenPartOf(control), other, seenPartOf(control));
+}
+
 QList<QWidget*> controlsOf(QWidget* window)
 {
     QList<QWidget*> controls = window->findChildren<QWidget*>();
@@ -73,9 +101,15 @@ private slots:
     void everyControlShowsThatItHasTheKeyboard_data();
     void everyControlShowsThatItHasTheKeyboard();
     void nothingShowsAFocusThatIsElsewhere();
+    void anOpenListShowsItsChosenEntry_data();
+    void anOpenListShowsItsChosenEntry();
+    void aLongListHasAScrollBar();
     void spaceAfterTheStartDoesNothing();
     void spaceAfterTheSettingsOpenDoesNothing();
     void theFirstTabGoesToTheFirstControl();
+    void aFilledFieldIsSelectedByTab();
+    void theStyleOfTheRingDrawsTheRestAsTheDesktopDoes_data();
+    void theStyleOfTheRingDrawsTheRestAsTheDesktopDoes();
 };
 
 void KeyboardFocusTest::everyControlShowsThatItHasTheKeyboard_data()
@@ -97,6 +131,8 @@ void KeyboardFocusTest::everyControlShowsThatItHasTheKeyboard()
         shown = desk.find<QWidget>("AppSettingWin");
     }
     QTRY_VERIFY(shown->isActiveWindow());
+    // As if Tab had been pressed: a style may draw no mark before that.
+    shown->setAttribute(Qt::WA_KeyboardFocusChange);
     const QImage without = pictureOf(shown);
 
     const auto shownControls = controlsOf(shown);
@@ -105,22 +141,24 @@ void KeyboardFocusTest::everyControlShowsThatItHasTheKeyboard()
         control->setFocus(Qt::TabFocusReason);
         QTRY_VERIFY(control->hasFocus());
         const QImage with = pictureOf(shown);
-        const QRect area(control->mapTo(shown, QPoint(0, 0)), control->size());
+        QImage withoutRing = with;
+        const QRect seen = seenPartOf(control);
+        const auto outside = frameAround(seen, RingWidth + 1);
+        for (const QPoint& point : outside)
+            QVERIFY2(contrast(qRgb(255, 255, 255), with.pixel(point)) >= LeastContrast,
+                     qPrintable(control->objectName()));
 
         for (int distance = 1; distance <= RingWidth; ++distance) {
-            const auto ring = frameAround(area, distance);
+            const auto ring = frameAround(seen, distance);
             for (const QPoint& point : ring) {
                 QCOMPARE(with.pixel(point), qRgb(255, 255, 255));
                 QVERIFY2(contrast(with.pixel(point), without.pixel(point)) >= LeastContrast,
                          qPrintable(control->objectName()));
+                withoutRing.setPixel(point, without.pixel(point));
             }
         }
-        const auto outside = frameAround(area, RingWidth + 1);
-        for (const QPoint& point : outside) {
-            QCOMPARE(with.pixel(point), without.pixel(point));
-            QVERIFY2(contrast(qRgb(255, 255, 255), with.pixel(point)) >= LeastContrast,
-                     qPrintable(control->objectName()));
-        }
+        leaveOutCursor(withoutRing, without, control);
+        QVERIFY2(withoutRing == without, qPrintable(control->objectName() + " shows more than the ring"));
     }
 }
 
@@ -136,6 +174,52 @@ void KeyboardFocusTest::nothingShowsAFocusThatIsElsewhere()
     desk.find<QWidget>("centralWidget")->setFocus();
 
     QTRY_COMPARE(pictureOf(window), before);
+}
+
+void KeyboardFocusTest::anOpenListShowsItsChosenEntry_data()
+{
+    QTest::addColumn<QByteArray>("list");
+    for (const char* list : {"comPortCombo", "baudRateCombo", "startUpPresetCombo"})
+        QTest::newRow(list) << QByteArray(list);
+}
+
+void KeyboardFocusTest::anOpenListShowsItsChosenEntry()
+{
+    QFETCH(QByteArray, list);
+    Desk desk({{"isstartuppreset", true}});
+    desk.find<QPushButton>("settingsBtn")->click();
+    auto* combo = desk.find<QComboBox>(list.constData());
+    combo->addItem("one more");
+    combo->setCurrentIndex(1);
+
+    combo->showPopup();
+    QTRY_VERIFY(combo->view()->isVisible());
+
+    QWidget* popup = combo->view()->window();
+    const QImage shown = pictureOf(popup);
+    const auto colourOf = [&](int row) {
+        const QRect entry = combo->view()->visualRect(combo->model()->index(row, 0));
+        const int leftOfTheText = 1;
+        return shown.pixel(
+            combo->view()->viewport()->mapTo(popup, QPoint(leftOfTheText, entry.center().y())));
+    };
+    QVERIFY(contrast(colourOf(1), colourOf(0)) >= LeastContrast);
+    // No strips of another colour above and below the entries, where a style may draw a thin frame.
+    for (const int y : {2, shown.height() - 3})
+        QVERIFY(contrast(shown.pixel(shown.width() / 3, y), colourOf(0)) < LeastContrast);
+    combo->hidePopup();
+}
+
+void KeyboardFocusTest::aLongListHasAScrollBar()
+{
+    Desk desk({{"isstartuppreset", true}});
+    desk.find<QPushButton>("settingsBtn")->click();
+    auto* presets = desk.find<QComboBox>("startUpPresetCombo");
+
+    presets->showPopup();
+
+    QTRY_VERIFY(presets->view()->verticalScrollBar()->isVisible());
+    presets->hidePopup();
 }
 
 void KeyboardFocusTest::spaceAfterTheStartDoesNothing()
@@ -179,6 +263,41 @@ void KeyboardFocusTest::theFirstTabGoesToTheFirstControl()
     QTRY_VERIFY(desk.find<QWidget>("AppSettingWin")->isActiveWindow());
     QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
     QCOMPARE(QApplication::focusWidget()->objectName(), QString("runOnStartUpCheck"));
+}
+
+void KeyboardFocusTest::aFilledFieldIsSelectedByTab()
+{
+    Desk desk;
+    auto* field = desk.find<QLineEdit>("presetEdit");
+    field->setText("12");
+    desk.find<QPushButton>("preset9Btn")->setFocus();
+
+    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+
+    QCOMPARE(field->selectedText(), QString("12"));
+}
+
+void KeyboardFocusTest::theStyleOfTheRingDrawsTheRestAsTheDesktopDoes_data()
+{
+    QTest::addColumn<QString>("window");
+    QTest::newRow("main window") << "AppMainWin";
+    QTest::newRow("settings") << "AppSettingWin";
+}
+
+void KeyboardFocusTest::theStyleOfTheRingDrawsTheRestAsTheDesktopDoes()
+{
+    QFETCH(QString, window);
+    Desk desk;
+    desk.find<QPushButton>("settingsBtn")->click();
+    QWidget* shown = window == "AppMainWin" ? desk.program->app.mainWin : desk.find<QWidget>("AppSettingWin");
+    const QImage withRingStyle = pictureOf(shown);
+
+    shown->setStyle(QApplication::style());
+    const auto buttons = shown->findChildren<QPushButton*>();
+    for (QPushButton* button : buttons)
+        button->setStyle(QApplication::style());
+
+    QVERIFY(pictureOf(shown) == withRingStyle);
 }
 
 QTEST_APPLESS_MAIN(KeyboardFocusTest)

@@ -290,7 +290,10 @@ void LoginItemTest::enablingWritesTheStartEntryOfTheDesktop()
     QCOMPARE(lines.first(), "[Desktop Entry]");
     QVERIFY(lines.contains("Type=Application"));
     QVERIFY(lines.contains("Name=Vantrel"));
+    QVERIFY(lines.contains("Icon=vantrel"));
     QVERIFY(lines.contains("Exec=\"" + QCoreApplication::applicationFilePath() + '"'));
+    // A desktop leaves the entry alone once this file is gone.
+    QVERIFY(lines.contains("TryExec=" + QCoreApplication::applicationFilePath()));
     QCOMPARE(lines.last(), "");
     QCOMPARE(QFileInfo(startEntryPath()).dir().entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
              QStringList("Vantrel.desktop"));
@@ -304,6 +307,7 @@ void LoginItemTest::startEntryNamesTheExecutableWhateverItsPath()
 
     runInstalledAs(folder + "/a b/\"q\" $v `c` \\s 100%\n\t\r/Vantrel", EnableMode);
 
+    QVERIFY(startEntry().contains("\nTryExec=" + folder + "/a b/\"q\" $v `c` \\\\s 100%\\n\\t\\r/Vantrel\n"));
     QVERIFY(startEntry().contains(
         "\nExec=\"" + folder + "/a b/\\\\\"q\\\\\" \\\\$v \\\\`c\\\\` \\\\\\\\s 100%%\\n\\t\\r/Vantrel\"\n"));
 }

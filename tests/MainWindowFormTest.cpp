@@ -386,7 +386,7 @@ private slots:
         MainWindowForm form;
         for (const ImageButton& button : ImageButtons)
             QCOMPARE(accessibleName(form.window.findChild<QPushButton*>(button.name)),
-                     QString(button.toolTip));
+                     QString(button.toolTip).replace("Preset", "Preset "));
         QCOMPARE(accessibleName(form.ui.settingsBtn), QString("Settings"));
         QCOMPARE(accessibleName(form.ui.connectBtn), QString("Connect"));
         QCOMPARE(accessibleName(form.ui.presetEdit), QString("Preset Number Input"));

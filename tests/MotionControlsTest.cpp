@@ -1,5 +1,6 @@
 #include "support/Desk.h"
 #include "support/PaintCounter.h"
+#include "ui/AppKeyRepeat.h"
 
 #include <QAbstractButton>
 #include <QDialog>
@@ -119,20 +120,42 @@ private slots:
         QTRY_VERIFY(drawings.count > 0);
         QCoreApplication::processEvents();
 
-        const auto act = [&](auto press, const char* frame) {
-            drawings.count = 0;
+        const auto act = [&](auto press, const QByteArray& frame) {
+            QByteArray received;
+            // A frame is of one length with its hexadecimal digits and the blanks between them.
+            drawings.whenDrawn([&] { received = desk.camera.take((frame.size() + 1) / 3); });
             press();
-            QCOMPARE(drawings.count, 0);
-            QCOMPARE(desk.camera.nextFrame(), QByteArray(frame));
-            QTRY_VERIFY(drawings.count > 0);
+            QTRY_COMPARE(received, frame);
         };
         act([button] { QTest::mousePress(button, Qt::LeftButton); }, control.frame);
-        act([button] { moveHeldPointer(button, QPoint(-1, -1)); }, control.stopFrame);
-        act([button] { moveHeldPointer(button, button->rect().center()); }, control.frame);
         act([button] { QTest::mouseRelease(button, Qt::LeftButton); }, control.stopFrame);
         act([button] { QTest::keyPress(button, Qt::Key_Space); }, control.frame);
         act([button] { QTest::keyRelease(button, Qt::Key_Space); }, control.stopFrame);
         act([button] { QTest::mouseDClick(button, Qt::LeftButton); }, control.frame);
+    }
+
+    void homeIsSentBeforeItsButtonIsDrawn()
+    {
+        Desk desk;
+        auto* button = desk.find<QAbstractButton>("homeBtn");
+        PaintCounter drawings(button);
+        QTRY_VERIFY(drawings.count > 0);
+        QCoreApplication::processEvents();
+
+        QByteArray received;
+        drawings.whenDrawn([&] { received = desk.camera.take(5); });
+        QTest::mousePress(button, Qt::LeftButton);
+        QTRY_COMPARE(received, QByteArray(Home));
+    }
+
+    void aPointerThatOnlyMovesPutsNoDrawingOff()
+    {
+        Desk desk;
+        const HeldButton held(desk, "upBtn");
+        QTRY_VERIFY(held.button->updatesEnabled());
+
+        moveHeldPointer(held.button, held.button->rect().center() + QPoint(2, 2));
+        QVERIFY(held.button->updatesEnabled());
     }
 
     void connectWhichIsSlowToActIsDrawnFirst()
@@ -391,6 +414,24 @@ private slots:
         QCOMPARE(desk.profile.log(), QStringList({"MoveUp", "MoveStop"}));
     }
 
+    // On macOS a click gives a button no focus, so another may lose it meanwhile.
+    void aButtonThatLosesTheFocusEndsItsOwnMotionOnly()
+    {
+        Desk desk;
+        auto* zoom = desk.find<QAbstractButton>("zoomInBtn");
+        zoom->setFocusPolicy(Qt::NoFocus);
+        auto* up = desk.find<QAbstractButton>("upBtn");
+        up->setFocus();
+        QTest::keyPress(up, Qt::Key_Space);
+        const HeldButton held(desk, "zoomInBtn");
+
+        desk.find<QWidget>("presetEdit")->setFocus();
+        QVERIFY(zoom->isDown());
+        QCOMPARE(desk.profile.log(), QStringList({"MoveUp", "ZoomIn", "MoveStop"}));
+        held.release();
+        QCOMPARE(desk.profile.log(), QStringList({"MoveUp", "ZoomIn", "MoveStop", "ZoomStop"}));
+    }
+
     void aMenuThatOpensStopsAHeldKey()
     {
         Desk desk;
@@ -625,6 +666,42 @@ private slots:
         QCOMPARE(desk.camera.nextFrame(), QByteArray(control.stopFrame));
         held.release();
         QCOMPARE(desk.profile.log(), QStringList({control.logLine, control.stopLogLine}));
+    }
+
+    // As on X11, where the release of a key waits: the press takes the focus from SET, which clicks then.
+    void aPressThatABoxHasHeldUpMovesNothing()
+    {
+        Desk desk;
+        QWidget* window = desk.program->app.mainWin;
+        const AppKeyRepeat repeats(window);
+        const auto* up = desk.find<QAbstractButton>("upBtn");
+        const QPoint place = up->mapTo(window, up->rect().center());
+        desk.find<QLineEdit>("presetEdit")->setText("3");
+        desk.find<QAbstractButton>("setBtn")->setFocus();
+        QTest::keyClick(desk.find<QAbstractButton>("setBtn"), Qt::Key_Space);
+
+        // The box keeps the press waiting until the mouse is up.
+        desk.user.whenOpen([&] { QTest::mouseRelease(window->windowHandle(), Qt::LeftButton, {}, place); });
+        QTest::mousePress(window->windowHandle(), Qt::LeftButton, {}, place);
+
+        QTRY_COMPARE(desk.user.boxes().size(), 1);
+        QCoreApplication::processEvents();
+        QCOMPARE(desk.profile.log(), QStringList("Set Preset3"));
+        QVERIFY(!up->isDown());
+    }
+
+    // As assistive software presses it: Connect goes up a moment later.
+    void aMotionThatBeginsUnderAPressOfConnectStopsBeforeThePortCloses()
+    {
+        Desk desk;
+        desk.find<QAbstractButton>("upBtn")->setFocusPolicy(Qt::NoFocus);
+        desk.find<QAbstractButton>("connectBtn")->animateClick();
+        const HeldButton held(desk, "upBtn");
+
+        QTRY_VERIFY(!desk.link()->isConnected());
+        QCOMPARE(desk.camera.nextFrame(), QByteArray(Stop));
+        held.release();
+        QCOMPARE(desk.profile.log(), QStringList({"MoveUp", "MoveStop"}));
     }
 
     void nothingIsSentForButtonsThatAreNotHeld()

@@ -4,14 +4,12 @@
 #include <QMetaMethod>
 #include <QPushButton>
 #include <QSerialPort>
-#include <QSerialPortInfo>
 
 #include <termios.h>
 
 namespace {
 
 constexpr char ZoomStop[] = "81 01 04 07 00 ff";
-constexpr int ZoomLength = 6;
 
 QSerialPort* portOf(const AppVantrelSerial* link)
 {
@@ -21,16 +19,7 @@ QSerialPort* portOf(const AppVantrelSerial* link)
 bool lineIsAlive(Desk& desk)
 {
     desk.link()->zoomStop();
-    return desk.camera.take(ZoomLength) == ZoomStop;
-}
-
-bool isAdapterAttached()
-{
-    const auto ports = QSerialPortInfo::availablePorts();
-    return std::any_of(ports.begin(), ports.end(), [](const QSerialPortInfo& port) {
-        return (port.vendorIdentifier() == 0x1A86 && port.productIdentifier() == 0x7523) ||
-               (port.vendorIdentifier() == 0x0403 && port.productIdentifier() == 0x6015);
-    });
+    return desk.camera.nextFrame() == ZoomStop;
 }
 
 } // namespace
@@ -60,7 +49,6 @@ private slots:
     void fileThatIsNoSerialPortIsReported();
     void resourceErrorWhileOpeningIsNoDisconnection();
     void resourceErrorUnderTheBoxOfAFailedOpeningIsADisconnection();
-    void autoWithoutAnAdapterTriesTheFallbackPort();
     void autoInLowerCaseIsAPortName_data();
     void autoInLowerCaseIsAPortName();
 
@@ -74,6 +62,9 @@ private slots:
     void anyOtherErrorOnAClosedLinkLeavesItClosed();
     void resourceErrorOnAClosedLinkIsADisconnection();
     void resourceErrorBeforeTheFirstOpeningIsADisconnection();
+    void errorIsToldThoughTheSignalsAreBlocked();
+    void lineThatTakesNothingIsNoError();
+    void stoppedLineIsClosedWithoutAWord();
     void noErrorIsNoError();
     void errorIsSignalledAfterItsBoxIsDismissed();
     void errorsAreNotLogged();
@@ -133,7 +124,7 @@ void SerialConnectionTest::portIsReadyWhenTheLinkSaysConnected()
     QByteArray frame;
     connect(desk.link(), &AppVantrelSerial::onDeviceConnected, this, [&] {
         desk.link()->zoomStop();
-        frame = desk.camera.take(ZoomLength);
+        frame = desk.camera.nextFrame();
     });
 
     desk.link()->openSerialPort();
@@ -202,7 +193,7 @@ void SerialConnectionTest::settingsAreReadAtEachOpen()
     desk.link()->openSerialPort();
     desk.link()->zoomStop();
 
-    QCOMPARE(other.take(ZoomLength), ZoomStop);
+    QCOMPARE(other.nextFrame(), ZoomStop);
     QCOMPARE(portOf(desk.link())->baudRate(), 38400);
     QCOMPARE(desk.camera.pending(), "");
 }
@@ -367,25 +358,6 @@ void SerialConnectionTest::resourceErrorUnderTheBoxOfAFailedOpeningIsADisconnect
     QCOMPARE(heard.names(), "onDeviceDisconnected onDeviceError");
 }
 
-void SerialConnectionTest::autoWithoutAnAdapterTriesTheFallbackPort()
-{
-    QVERIFY2(!isAdapterAttached(), "this test needs a machine without a camera adapter");
-    Desk desk;
-    desk.link()->closeSerialPort();
-    desk.settings()->setCOMPort("AUTO");
-    const LinkSignals heard(desk.link());
-
-    QCOMPARE(desk.link()->getCOMPortWhenAuto(), "COM1");
-    desk.link()->openSerialPort();
-
-    QCOMPARE(portOf(desk.link())->portName(), "COM1");
-    QCOMPARE(heard.names(), "onDeviceError");
-    QCOMPARE(desk.user.texts(), QStringList(portOf(desk.link())->errorString()));
-    QVERIFY(!desk.link()->isConnected());
-    QCOMPARE(desk.settings()->getCOMPort(), "AUTO");
-    QCOMPARE(desk.profile.log(), QStringList());
-}
-
 void SerialConnectionTest::autoInLowerCaseIsAPortName_data()
 {
     QTest::addColumn<QString>("name");
@@ -539,6 +511,51 @@ void SerialConnectionTest::resourceErrorBeforeTheFirstOpeningIsADisconnection()
 
     QCOMPARE(heard.names(), "onDeviceDisconnected");
     QCOMPARE(desk.user.boxes().size(), 1);
+}
+
+void SerialConnectionTest::errorIsToldThoughTheSignalsAreBlocked()
+{
+    Desk desk;
+    const QSignalBlocker blocker(desk.link());
+
+    emit portOf(desk.link())->errorOccurred(QSerialPort::ResourceError);
+
+    QCOMPARE(desk.user.boxes().size(), 1);
+    QVERIFY(!desk.link()->isConnected());
+}
+
+void SerialConnectionTest::lineThatTakesNothingIsNoError()
+{
+    constexpr int frames = 6000;
+    Desk desk;
+    for (int i = 0; i < frames; ++i) {
+        desk.link()->callPreset(1 + i % LastPreset);
+        if (i % 500 == 0)
+            QCoreApplication::processEvents();
+    }
+    QVERIFY(desk.user.boxes().isEmpty());
+    QVERIFY(desk.link()->isConnected());
+
+    // Now the camera reads.
+    for (int i = 0; i < frames; ++i)
+        QCOMPARE(desk.camera.nextFrame(),
+                 "81 01 04 3f 02 " + QByteArray(1, char(1 + i % LastPreset)).toHex() + " ff");
+    QVERIFY(desk.user.boxes().isEmpty());
+    QCOMPARE(desk.camera.pending(), "");
+}
+
+void SerialConnectionTest::stoppedLineIsClosedWithoutAWord()
+{
+    Desk desk;
+    for (int i = 0; i < 6000; ++i)
+        desk.link()->zoomStop();
+    QCoreApplication::processEvents();
+    const LinkSignals heard(desk.link());
+
+    desk.link()->closeSerialPort();
+
+    QCOMPARE(heard.names(), "onDeviceDisconnected");
+    QVERIFY(desk.user.boxes().isEmpty());
 }
 
 void SerialConnectionTest::noErrorIsNoError()

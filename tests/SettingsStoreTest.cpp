@@ -129,6 +129,8 @@ private slots:
 
     void namesWrittenWithAnyQtAreReadAndKept_data();
     void namesWrittenWithAnyQtAreReadAndKept();
+    void fileThatIsNotUtf8IsReadAsLatin1AndKept();
+    void fileWithTheMarkOfUtf8IsReadAsUtf8();
     void runAsAdminIsOnlyStored();
     void storeHasNoParentAndNoSignals();
 };
@@ -591,6 +593,28 @@ void SettingsStoreTest::namesWrittenWithAnyQtAreReadAndKept()
         store.store.reset();
         stored = contentOf(store.profile.settingsFile());
     }
+}
+
+void SettingsStoreTest::fileThatIsNotUtf8IsReadAsLatin1AndKept()
+{
+    StoreAlone store;
+    restartOn(store, "[General]\ncomport=COM1\nCOM1_1=K\xfc"
+                     "che\nCOM1_2=\"\xc4ltar\"\n");
+    QCOMPARE(store->getPresetName(1), QString(u8"Küche"));
+
+    store->setPanSpeed(7);
+    store.store.reset();
+    store.store.emplace();
+
+    QCOMPARE(store->getPresetName(1), QString(u8"Küche"));
+    QCOMPARE(store->getPresetName(2), QString(u8"Ältar"));
+}
+
+void SettingsStoreTest::fileWithTheMarkOfUtf8IsReadAsUtf8()
+{
+    StoreAlone store;
+    restartOn(store, u8"\uFEFF[General]\ncomport=COM1\nCOM1_1=Küche\n");
+    QCOMPARE(store->getPresetName(1), QString(u8"Küche"));
 }
 
 void SettingsStoreTest::runAsAdminIsOnlyStored()

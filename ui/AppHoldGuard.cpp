@@ -2,54 +2,43 @@
 
 #include <QAbstractButton>
 #include <QGuiApplication>
-#include <QKeyEvent>
 #include <QMouseEvent>
 
-#include <utility>
-
-namespace {
-
-// The press of a repeating key follows its release at once; this much covers a busy machine.
-constexpr int KeyRepeatGapMs = 25;
-
-} // namespace
-
-AppHoldGuard::AppHoldGuard(const QList<QAbstractButton*>& motionButtons)
-    : buttons(motionButtons)
+AppHoldGuard::AppHoldGuard(QAbstractButton* button)
+    : motionButton(button)
 {
-    keyReleaseTimer.setSingleShot(true);
-    keyReleaseTimer.setInterval(KeyRepeatGapMs);
-    connect(&keyReleaseTimer, SIGNAL(timeout()), this, SLOT(onKeyReleaseDue()));
-
-    for (QAbstractButton* button : std::as_const(buttons))
-        button->installEventFilter(this);
+    connect(button, &QAbstractButton::pressed, this, [this] { isMoving = true; });
+    connect(button, &QAbstractButton::released, this, [this] { isMoving = false; });
+    nextTurn.setSingleShot(true);
+    connect(&nextTurn, SIGNAL(timeout()), this, SLOT(catchUp()));
+    button->installEventFilter(this);
 }
 
 AppHoldGuard::~AppHoldGuard()
 {
-    releaseHeldButtons();
+    endMotion();
 }
 
 bool AppHoldGuard::eventFilter(QObject* watched, QEvent* event)
 {
-    auto* button = static_cast<QAbstractButton*>(watched);
     switch (event->type()) {
     case QEvent::FocusOut:
     case QEvent::Hide:
     case QEvent::WindowBlocked:
     case QEvent::WindowDeactivate:
-        releaseHeldButtons();
+        endMotion();
         break;
-    case QEvent::KeyPress:
-    case QEvent::KeyRelease:
-        if (isKeyRepeat(button, static_cast<QKeyEvent*>(event)))
-            return true;
-        [[fallthrough]];
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonDblClick:
+        // A box that opened as the focus came here has held this press up, and the user has let go since.
+        if (event->spontaneous() && QGuiApplication::mouseButtons() == Qt::NoButton)
+            return true;
+        [[fallthrough]];
+    case QEvent::KeyPress:
+    case QEvent::KeyRelease:
     case QEvent::MouseButtonRelease:
-    case QEvent::MouseMove:
-        drawLater(button);
+        motionButton->setUpdatesEnabled(false);
+        nextTurn.start();
         break;
     default:
         break;
@@ -57,56 +46,22 @@ bool AppHoldGuard::eventFilter(QObject* watched, QEvent* event)
     return QObject::eventFilter(watched, event);
 }
 
-void AppHoldGuard::drawLater(QAbstractButton* button)
+void AppHoldGuard::catchUp()
 {
-    button->setUpdatesEnabled(false);
-    QTimer::singleShot(0, button, [button] { button->setUpdatesEnabled(true); });
+    motionButton->setUpdatesEnabled(true);
+    // The mouse let go outside takes the button up without released(), also when a key holds it.
+    if (isMoving && !motionButton->isDown())
+        emit motionButton->released();
 }
 
-bool AppHoldGuard::isKeyRepeat(QAbstractButton* button, const QKeyEvent* event)
+void AppHoldGuard::endMotion()
 {
-    const bool isPress = event->type() == QEvent::KeyPress;
-    if (isPress && button == waitingButton && event->timestamp() == waitingSince) {
-        waitingButton = nullptr;
-        return true;
-    }
-    onKeyReleaseDue();
-
-    // Other platforms tell repeats from real releases by themselves; nothing there has to wait.
-    static const bool isX11 = QGuiApplication::platformName() == "xcb";
-    if (!isX11 || isPress || !button->isDown())
-        return false;
-
-    waitingButton = button;
-    waitingKey = event->key();
-    waitingSince = event->timestamp();
-    keyReleaseTimer.start();
-    return true;
-}
-
-void AppHoldGuard::onKeyReleaseDue()
-{
-    if (!waitingButton)
-        return;
-    QAbstractButton* button = std::exchange(waitingButton, nullptr);
-    drawLater(button);
-    // Straight to the button: it has passed the filter.
-    QKeyEvent release(QEvent::KeyRelease, waitingKey, Qt::NoModifier);
-    static_cast<QObject*>(button)->event(&release);
-}
-
-void AppHoldGuard::releaseHeldButtons()
-{
-    waitingButton = nullptr;
-    for (QAbstractButton* button : std::as_const(buttons)) {
-        if (!button->isDown())
-            continue;
-        // A mouse button let go outside: otherwise the button would go down again when the mouse, still held,
-        // moves on it.
-        const QPoint outside(-1, -1);
-        QMouseEvent letGo(QEvent::MouseButtonRelease, outside, button->mapToGlobal(outside), Qt::LeftButton,
-                          Qt::NoButton, Qt::NoModifier);
-        QCoreApplication::sendEvent(button, &letGo);
-        emit button->released();
-    }
+    // Let the mouse go outside: a mouse that still holds the button would press it again when it moves on it.
+    const QPoint outside(-1, -1);
+    QMouseEvent letGo(QEvent::MouseButtonRelease, outside, motionButton->mapToGlobal(outside), Qt::LeftButton,
+                      Qt::NoButton, Qt::NoModifier);
+    // Call event() directly, so that the filter does not put drawing off.
+    static_cast<QObject*>(motionButton)->event(&letGo);
+    if (isMoving)
+        emit motionButton->released();
 }

@@ -1,51 +1,40 @@
 #pragma once
 
-#include <QList>
-#include <QObject>
 #include <QTimer>
 
 class QAbstractButton;
-class QKeyEvent;
 
 /**
- * Sees to it that a motion button is held exactly as long as the user holds it, so that the camera neither
- * runs on alone nor stutters. It covers what QAbstractButton leaves open:
- *
- *  - A button stays down when a popup takes the focus, a modal box takes the input away or its window goes.
- *    Here it emits released() in each case, and whenever else the focus leaves, as Qt does by itself.
- *  - On X11 a held key repeats as releases and presses, and Qt often takes these for real ones. They carry
- *    one time stamp; such a pair is dropped here.
- *  - A button that the mouse or a key presses or releases draws its new look before it emits pressed() or
- *    released(). Here the drawing waits, so that the camera has its command first.
+ * Ends a motion with its button, so that the camera never runs on alone, and lets the camera have its command
+ * before the button is drawn. QAbstractButton goes up in silence in some cases, stays down in others when its
+ * window is taken away, and draws before it emits pressed() or released(), which takes far longer than a
+ * command.
  */
 class AppHoldGuard : public QObject
 {
     Q_OBJECT
 
 public:
-    /** Guards these buttons and no other. */
-    explicit AppHoldGuard(const QList<QAbstractButton*>& motionButtons);
+    /** Guards a button whose pressed() starts a motion and whose released() ends it. */
+    explicit AppHoldGuard(QAbstractButton* button);
 
-    /** Releases what is still held. */
+    /** Ends the motion. */
     ~AppHoldGuard() override;
 
-    /** Looks at the events of the buttons before they do. */
+    /** Ends the motion when the button loses the focus, is hidden, or its window is left or blocked. */
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 public slots:
-    /** Makes every held button go up and emit released(); the end of that press then changes nothing more. */
-    void releaseHeldButtons();
+    /** Lets the button go up and emit released() if a motion is under way. The end of that press does
+     * nothing. */
+    void endMotion();
 
 private slots:
-    void onKeyReleaseDue();
+    void catchUp();
 
 private:
-    static void drawLater(QAbstractButton* button);
-    bool isKeyRepeat(QAbstractButton* button, const QKeyEvent* event);
-
-    QList<QAbstractButton*> buttons;
-    QAbstractButton* waitingButton = nullptr;
-    int waitingKey = 0;
-    ulong waitingSince = 0;
-    QTimer keyReleaseTimer;
+    QAbstractButton* motionButton;
+    bool isMoving = false;
+    // A timer of no time: it comes due after the port's turn to write.
+    QTimer nextTurn;
 };

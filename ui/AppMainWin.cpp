@@ -3,17 +3,10 @@
 #include "app/VantrelApp.h"
 #include "camera/AppVantrelSerial.h"
 #include "settings/AppSettingsManager.h"
-#include "ui/AppFocusRing.h"
-#include "ui/AppHoldGuard.h"
 #include "ui/AppSettingWin.h"
 #include "ui_AppMainWin.h"
 
-#include <QAccessible>
 #include <QLabel>
-#include <QScreen>
-#include <QSignalBlocker>
-#include <QTextDocument>
-#include <QWindow>
 
 namespace {
 
@@ -35,15 +28,6 @@ AppMainWin::AppMainWin(QWidget* parent)
     ui->statusBar->addPermanentWidget(statusLabel, 0);
 
     setWindowFlags(Qt::Dialog | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
-
-    holdGuard = new AppHoldGuard(
-        {ui->upBtn, ui->leftBtn, ui->homeBtn, ui->rightBtn, ui->zoomInBtn, ui->downBtn, ui->zoomOutBtn});
-    focusRing = new AppFocusRing(this);
-    // Nothing acts on a key before the user has chosen it.
-    ui->centralWidget->setFocus();
-
-    // Before the connect button's own slot: a motion's stop must be out before the port closes.
-    connect(ui->connectBtn, SIGNAL(clicked(bool)), holdGuard, SLOT(releaseHeldButtons()));
 
     connect(ui->settingsBtn, SIGNAL(clicked(bool)), this, SLOT(onSettingsBtnClicked()));
     connect(ui->setBtn, SIGNAL(clicked(bool)), this, SLOT(onSetPresetBtnClicked()));
@@ -82,12 +66,6 @@ AppMainWin::AppMainWin(QWidget* parent)
 
 AppMainWin::~AppMainWin()
 {
-    {
-        // Should the stop of a held button fail, there is no window left to show it.
-        const QSignalBlocker quiet(vantrelApp()->serial);
-        delete holdGuard;
-    }
-    delete focusRing;
     delete settingWin;
     delete statusLabel;
     delete ui;
@@ -95,22 +73,8 @@ AppMainWin::~AppMainWin()
 
 void AppMainWin::onSettingsBtnClicked()
 {
-    if (!settingWin->isHidden())
-        return;
-    placeSettings();
-    settingWin->show();
-}
-
-void AppMainWin::placeSettings()
-{
-    // Beside this window, so that what is set can be tried at once. Both have the same frame.
-    const QRect screen = windowHandle()->screen()->availableGeometry();
-    const QRect own = frameGeometry();
-    const int settingsWidth = settingWin->width() + own.width() - width();
-    const bool fitsAtTheRight = own.x() + own.width() + settingsWidth <= screen.x() + screen.width();
-    const int offset = fitsAtTheRight ? own.width() : qMax(screen.x() - own.x(), -settingsWidth);
-    // Not by move(): on X11 Qt forgets the frame of a hidden window.
-    settingWin->setGeometry({geometry().topLeft() + QPoint(offset, 0), settingWin->size()});
+    if (settingWin->isHidden())
+        settingWin->show();
 }
 
 void AppMainWin::onConnectBtnClicked()
@@ -128,31 +92,15 @@ void AppMainWin::onDeviceConnceted()
     ui->connectBtn->setText(DisconnectText);
     if (settings->getIsStartUpPreset())
         vantrelApp()->serial->callPreset(settings->getStartUpPreset());
-    // Writing that frame may have shown that the device is gone again.
-    if (ui->connectBtn->text() == ConnectText)
-        return;
-
-    showStatus("Connected to Port: " + settings->getCOMPort() +
-               "\tBaudRate: " + QString::number(settings->getBaudRate()));
+    statusLabel->setText("Connected to Port: " + settings->getCOMPort() +
+                         "\tBaudRate: " + QString::number(settings->getBaudRate()));
     loadPresetNames();
 }
 
 void AppMainWin::onDeviceDisconnected()
 {
     ui->connectBtn->setText(ConnectText);
-    showStatus("Device disconnected");
-}
-
-void AppMainWin::showStatus(const QString& text)
-{
-    statusLabel->setText(text);
-#if QT_VERSION >= QT_VERSION_CHECK(6, 8, 0)
-    // New in Qt 6.8. It reaches assistive software on Linux, too, which an alert does not.
-    QAccessibleAnnouncementEvent announcement(statusLabel, text);
-#else
-    QAccessibleEvent announcement(statusLabel, QAccessible::Alert);
-#endif
-    QAccessible::updateAccessibility(&announcement);
+    statusLabel->setText("Device disconnected");
 }
 
 void AppMainWin::onDeviceError()
@@ -322,10 +270,6 @@ void AppMainWin::loadPresetNames()
                                     ui->preset4Btn, ui->preset5Btn, ui->preset6Btn,
                                     ui->preset7Btn, ui->preset8Btn, ui->preset9Btn};
     int preset = FirstPreset;
-    for (QPushButton* button : buttons) {
-        const QString name = vantrelApp()->settingsManager->getPresetName(preset);
-        const QString defaultName = defaultPresetName(preset++);
-        button->setToolTip(Qt::mightBeRichText(name) ? Qt::convertFromPlainText(name) : name);
-        button->setAccessibleName(name == defaultName ? name : defaultName + ": " + name);
-    }
+    for (QPushButton* button : buttons)
+        button->setToolTip(vantrelApp()->settingsManager->getPresetName(preset++));
 }

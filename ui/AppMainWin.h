@@ -4,8 +4,6 @@
 
 #include <optional>
 
-class AppFocusRing;
-class AppHoldGuard;
 class AppSettingWin;
 class QLabel;
 class Ui_AppMainWin;
@@ -22,7 +20,7 @@ public:
     /** Builds the window and tries to connect to the camera. */
     explicit AppMainWin(QWidget* parent);
 
-    /** Ends a motion that is still held, then deletes the window's parts. */
+    /** Deletes the settings window, the status text and the form. */
     ~AppMainWin() override;
 
     /**
@@ -34,8 +32,8 @@ public:
     void savePresetName(int preset, QString name);
 
     /**
-     * Shows the stored names of presets 1 to 9 as the tooltips of their buttons, as they were typed.
-     * Assistive software is told the number, too.
+     * Shows the stored names of presets 1 to 9 as the tooltips of their buttons. Qt shows a name with markup
+     * as rich text.
      */
     void loadPresetNames();
 
@@ -71,13 +69,9 @@ private slots:
     void onDeviceError();
 
 private:
-    void placeSettings();
     std::optional<int> enteredPreset() const;
-    void showStatus(const QString& text);
 
     Ui_AppMainWin* ui;
     AppSettingWin* settingWin;
     QLabel* statusLabel;
-    AppHoldGuard* holdGuard;
-    AppFocusRing* focusRing;
 };

@@ -2,8 +2,6 @@
 
 #include "app/VantrelApp.h"
 #include "settings/AppSettingsManager.h"
-#include "ui/AppAccessibleCheckBox.h"
-#include "ui/AppFocusRing.h"
 #include "ui_AppSettingWin.h"
 
 #include <QSerialPortInfo>
@@ -13,6 +11,7 @@ namespace {
 
 constexpr int BaudRates[] = {1200, 2400, 4800, 9600, 19200, 38400, 57600, 115200};
 constexpr char BaudPrefix[] = "Baud";
+constexpr int BaudPrefixLength = sizeof(BaudPrefix) - 1;
 
 QString baudText(int baudRate)
 {
@@ -31,15 +30,9 @@ AppSettingWin::AppSettingWin(QWidget* parent)
     , isLoading(true)
     , ui(new Ui_AppSettingWin)
 {
-    // Qt asks once what a box is to assistive software: while the form makes it.
-    AppAccessibleCheckBox::install();
     ui->setupUi(this);
     adjustSize();
     setWindowFlags(Qt::Dialog | Qt::WindowMinimizeButtonHint | Qt::WindowCloseButtonHint);
-
-    focusRing = new AppFocusRing(this);
-    // Nothing acts on a key before the user has chosen it.
-    setFocus();
 
     for (int preset = FirstPreset; preset <= LastPreset; ++preset)
         ui->startUpPresetCombo->addItem("PRESET" + QString::number(preset));
@@ -54,7 +47,12 @@ AppSettingWin::AppSettingWin(QWidget* parent)
     connect(ui->startUpPresetCombo, SIGNAL(currentIndexChanged(int)), this,
                                            SLOT(onStartupPresetChanged(int)));
     connect(ui->comPortCombo, SIGNAL(currentTextChanged(QString)), this, SLOT(onComPortChanged(QString)));
+#if QT_VERSION_MAJOR < 6
+    connect(ui->baudRateCombo, SIGNAL(currentIndexChanged(QString)), this, SLOT(onBaudRateChanged(QString)));
+#else
+    // Qt 6 has no such signal. This one says the same as long as no entry is renamed.
     connect(ui->baudRateCombo, SIGNAL(currentTextChanged(QString)), this, SLOT(onBaudRateChanged(QString)));
+#endif
     connect(ui->invertPanCheck, SIGNAL(clicked(bool)), this, SLOT(onInvertPanChecked()));
     connect(ui->invertTiltCheck, SIGNAL(clicked(bool)), this, SLOT(onInvertTiltChecked()));
 
@@ -63,7 +61,6 @@ AppSettingWin::AppSettingWin(QWidget* parent)
 
 AppSettingWin::~AppSettingWin()
 {
-    delete focusRing;
     delete ui;
 }
 
@@ -155,7 +152,7 @@ void AppSettingWin::onBaudRateChanged(QString val)
     if (isLoading)
         return;
 
-    const int baudRate = val.remove(BaudPrefix).toInt();
+    const int baudRate = val.remove(0, BaudPrefixLength).toInt();
     vantrelApp()->settingsManager->setBaudRate(baudRate == 0 ? DefaultBaudRate : baudRate);
 }
 

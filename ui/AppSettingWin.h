@@ -2,7 +2,6 @@
 
 #include <QDialog>
 
-class AppFocusRing;
 class Ui_AppSettingWin;
 
 /**
@@ -45,5 +44,4 @@ private slots:
 private:
     bool isLoading;
     Ui_AppSettingWin* ui;
-    AppFocusRing* focusRing;
 };

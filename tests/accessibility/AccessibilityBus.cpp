@@ -23,7 +23,6 @@ constexpr char EventInterface[] = "org.a11y.atspi.Event.Object";
 constexpr int PatienceMs = 10000;
 
 // Numbers of AT-SPI.
-constexpr unsigned LabelledBy = 2;
 constexpr int Checked = 4;
 constexpr int Enabled = 8;
 
@@ -34,24 +33,10 @@ struct Action
     QString keys;
 };
 
-struct Relation
-{
-    unsigned type = 0;
-    QVector<AccessibleObject> targets;
-};
-
 const QDBusArgument& operator>>(const QDBusArgument& argument, Action& action)
 {
     argument.beginStructure();
     argument >> action.name >> action.description >> action.keys;
-    argument.endStructure();
-    return argument;
-}
-
-const QDBusArgument& operator>>(const QDBusArgument& argument, Relation& relation)
-{
-    argument.beginStructure();
-    argument >> relation.type >> relation.targets;
     argument.endStructure();
     return argument;
 }
@@ -63,6 +48,22 @@ template <class Element> QVector<Element> elementsOf(const QVariant& answer)
     if (answer.isValid())
         answer.value<QDBusArgument>() >> elements;
     return elements;
+}
+
+AccessibleObject senderOf(const QDBusMessage& message)
+{
+    return {message.service(), QDBusObjectPath(message.path())};
+}
+
+/** What a control has told. */
+QStringList told(const QVector<QPair<AccessibleObject, QString>>& all, const AccessibleObject& control)
+{
+    QStringList ofControl;
+    for (const auto& [object, text] : all) {
+        if (object == control)
+            ofControl.append(text);
+    }
+    return ofControl;
 }
 
 /** Sends a call to the accessibility bus and waits for the answer's first argument. */
@@ -110,16 +111,6 @@ QStringList AccessibleObject::actions() const
     for (const Action& action : actions)
         names.append(action.name);
     return names;
-}
-
-QString AccessibleObject::label() const
-{
-    const auto relations = elementsOf<Relation>(call(AccessibleInterface, "GetRelationSet"));
-    for (const Relation& relation : relations) {
-        if (relation.type == LabelledBy)
-            return relation.targets.value(0).name();
-    }
-    return {};
 }
 
 bool AccessibleObject::isChecked() const
@@ -234,9 +225,13 @@ void AccessibilityBus::listen()
 {
     QDBusConnection bus(BusConnection);
     bus.connect({}, {}, EventInterface, "PropertyChange", this, SLOT(onPropertyChange(QDBusMessage)));
+    bus.connect({}, {}, EventInterface, "StateChanged", this, SLOT(onStateChange(QDBusMessage)));
+    bus.connect({}, {}, EventInterface, "TextCaretMoved", this, SLOT(onCursorMove(QDBusMessage)));
     bus.connect({}, {}, EventInterface, "Announcement", this, SLOT(onAnnouncement(QDBusMessage)));
     // Programs tell only what somebody wants to hear.
-    for (const char* event : {"object:property-change:accessible-name", "object:announcement"}) {
+    for (const char* event :
+         {"object:property-change:accessible-name", "object:state-changed:focused",
+          "object:state-changed:showing", "object:text-caret-moved", "object:announcement"}) {
         auto wish = QDBusMessage::createMethodCall(RegistryService, "/org/a11y/atspi/registry",
                                                    RegistryService, "RegisterEvent");
         wish << event;
@@ -246,12 +241,12 @@ void AccessibilityBus::listen()
 
 QStringList AccessibilityBus::newNames(const AccessibleObject& control) const
 {
-    QStringList names;
-    for (const auto& [object, name] : renamed) {
-        if (object == control)
-            names.append(name);
-    }
-    return names;
+    return told(renamed, control);
+}
+
+QStringList AccessibilityBus::movesOf(const AccessibleObject& control) const
+{
+    return told(moves, control);
 }
 
 void AccessibilityBus::onPropertyChange(const QDBusMessage& message)
@@ -259,8 +254,25 @@ void AccessibilityBus::onPropertyChange(const QDBusMessage& message)
     if (message.arguments().value(0) != "accessible-name")
         return;
     // Not every version of Qt sends the name along.
-    const AccessibleObject object(message.service(), QDBusObjectPath(message.path()));
+    const AccessibleObject object = senderOf(message);
     renamed.append({object, object.name()});
+}
+
+void AccessibilityBus::onStateChange(const QDBusMessage& message)
+{
+    if (message.arguments().value(1).toInt() != 1)
+        return;
+    const AccessibleObject object = senderOf(message);
+    const QString state = message.arguments().value(0).toString();
+    if (state == "focused")
+        moves.append({object, "focus"});
+    if (state == "showing" && object.role() == "notification")
+        announced.append(object.name());
+}
+
+void AccessibilityBus::onCursorMove(const QDBusMessage& message)
+{
+    moves.append({senderOf(message), "cursor"});
 }
 
 void AccessibilityBus::onAnnouncement(const QDBusMessage& message)

@@ -30,9 +30,6 @@ public:
     /** The names of its actions, e.g. "Press". */
     QStringList actions() const;
 
-    /** The name of what labels it; empty if nothing does. */
-    QString label() const;
-
     bool isChecked() const;
     bool isEnabled() const;
 
@@ -90,16 +87,23 @@ public:
     /** The names that a control was given since listen(), in order. */
     QStringList newNames(const AccessibleObject& control) const;
 
-    /** What programs asked screen readers to say since listen(), in order. */
+    /** What programs had screen readers say since listen(), in order: notifications shown, and announcements.
+     */
     QStringList announcements() const { return announced; }
+
+    /** Of what a control told since listen(), in order: "focus" when it got it, "cursor" when that moved. */
+    QStringList movesOf(const AccessibleObject& control) const;
 
 private slots:
     void onPropertyChange(const QDBusMessage& message);
+    void onStateChange(const QDBusMessage& message);
+    void onCursorMove(const QDBusMessage& message);
     void onAnnouncement(const QDBusMessage& message);
 
 private:
     QProcess daemon;
     QString sessionBus;
     QVector<QPair<AccessibleObject, QString>> renamed;
+    QVector<QPair<AccessibleObject, QString>> moves;
     QStringList announced;
 };

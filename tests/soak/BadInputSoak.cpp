@@ -13,7 +13,7 @@ namespace {
 constexpr char Up[] = "81 01 06 01 05 05 03 01 ff";
 constexpr char Stop[] = "81 01 06 01 05 05 03 03 ff";
 
-/** What a port of Qt itself reports, one after the other, when it is opened with these settings. */
+/** The errors that a QSerialPort reports when it is opened with these settings. */
 QStringList openErrors(const QString& name, int baudRate)
 {
     QSerialPort port;
@@ -28,7 +28,7 @@ QStringList openErrors(const QString& name, int baudRate)
     return errors;
 }
 
-/** Any text: of the keyboard, of every script, of control characters, of halves of characters. */
+/** A random text: letters of any script, control characters, halves of surrogate pairs. */
 class Texts
 {
 public:
@@ -50,7 +50,7 @@ private:
 
 } // namespace
 
-/** Settings and fields hold what nobody should ever put there. */
+/** Settings and fields have values that nobody should ever enter. */
 class BadInputSoak : public QObject
 {
     Q_OBJECT
@@ -110,7 +110,9 @@ private slots:
         Desk desk;
         desk.find<QPushButton>("connectBtn")->click();
         desk.settings()->setBaudRate(baudRate);
-        const QStringList errors = openErrors(desk.camera.portName(), baudRate);
+        // A line of its own: a port that fails at its baud rate leaves a pseudo-terminal to itself alone.
+        const CameraEnd elsewhere;
+        const QStringList errors = openErrors(elsewhere.portName(), baudRate);
 
         desk.find<QPushButton>("connectBtn")->click();
         QCOMPARE(desk.user.texts(), errors);
@@ -119,6 +121,8 @@ private slots:
         if (errors.isEmpty())
             desk.find<QPushButton>("connectBtn")->click();
         desk.settings()->setBaudRate(9600);
+        // The camera's end lifts the exclusive use when it reads.
+        QCOMPARE(desk.camera.pending(), QByteArray());
         theCameraIsStillThere(desk);
     }
 
@@ -134,7 +138,7 @@ private slots:
             desk.link()->callPreset(number);
             const auto byte = static_cast<char>(number % 255);
             QCOMPARE(desk.camera.nextFrame().left(17), "81 01 04 3f 02 " + QByteArray(1, byte).toHex());
-            // -1 is sent as FF, which ends a frame before its own end.
+            // -1 is sent as FF, so the frame ends one byte early.
             if (byte == '\xFF')
                 QCOMPARE(desk.camera.nextFrame(), QByteArray("ff"));
         }
@@ -179,7 +183,7 @@ private slots:
             }
             store.setPresetName(0, QString(100000, 'x'));
         }
-        // A file that is read as if by the next run: this one's cache knows it by another path.
+        // Read the file as the next run would: QSettings caches by path, and this path is another one.
         QVERIFY(QFile::rename(profile.folder(), profile.folder() + "-moved"));
         const QSettings moved(profile.folder() + "-moved/setting.ini", QSettings::IniFormat);
         for (int preset = 1; preset <= count; ++preset)

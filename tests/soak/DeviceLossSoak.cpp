@@ -19,7 +19,8 @@ constexpr char Up[] = "81 01 06 01 05 05 03 01 ff";
 constexpr char Stop[] = "81 01 06 01 05 05 03 03 ff";
 constexpr qint64 LeakAllowance = 65536;
 
-/** A connected program whose camera is plugged in and pulled as a USB adapter is: always at the same name. */
+/** A connected program. Its camera is plugged in and pulled like a USB adapter, always with the same port
+ * name. */
 class Socket
 {
 public:
@@ -103,8 +104,7 @@ const Situation Situations[] = {
      }},
 };
 
-// Qt reads a lost line's end, looks at the errno that an earlier call has left behind and names the error
-// after it.
+// When Qt reads the end of a lost line, it takes the errno that an earlier call left behind for the cause.
 const int StaleErrors[] = {0, EAGAIN, EIO, ENXIO};
 
 clock_t processorMs()
@@ -149,7 +149,7 @@ private slots:
             situation.pull(socket);
             QTRY_COMPARE(disconnections.count(), 1);
 
-            // A port that was left open would report its next error in the next turn of the event loop.
+            // If the port were still open, it would report another error the next time the event loop runs.
             for (int turn = 0; turn < 20; ++turn)
                 QCoreApplication::processEvents();
             QCOMPARE(socket.user->texts().size(), 1);

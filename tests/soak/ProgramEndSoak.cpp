@@ -30,7 +30,7 @@ QPoint placeOfUp()
 
 } // namespace
 
-/** The built program on a screen, its Up button held by a real pointer, comes to an end. */
+/** The built program ends on a screen while a pointer holds its Up button. */
 class ProgramEndSoak : public QObject
 {
     Q_OBJECT

@@ -12,24 +12,24 @@ constexpr char ReplyEnd = '\xFF';
 constexpr int LongestReply = 33;
 constexpr int BatchBytes = 2000;
 constexpr qint64 LeakAllowance = 65536;
-// By then every buffer has met the largest that it will have to hold.
+// After these, every buffer has grown to its final size.
 constexpr int WarmUpReplies = 20000;
 constexpr int LineTimeoutMs = 10000;
 
-/** Bytes of a camera, well behaved or not. */
+/** Random bytes of a camera, valid or not. */
 class Bytes
 {
 public:
     /** A reply of two to 33 bytes. */
     QByteArray reply() { return ReplyBegin + body(random.bounded(LongestReply - 1)) + ReplyEnd; }
 
-    /** What begins like a reply and is at least a byte too long for one. */
+    /** Begins like a reply, but is at least one byte too long. */
     QByteArray tooLong()
     {
         return ReplyBegin + body(LongestReply - 1 + random.bounded(LongestReply)) + ReplyEnd;
     }
 
-    /** Anything, with many bytes that begin or end a reply. */
+    /** Any bytes; many of them begin or end a reply. */
     QByteArray noise(int size)
     {
         QByteArray bytes;
@@ -54,11 +54,11 @@ private:
     QRandomGenerator random{1};
 };
 
-/** A desk whose log is read along while the camera talks. */
+/** A desk whose log is read while the camera sends. */
 class Listener
 {
 public:
-    /** Sends the bytes and waits until the log has them; empty, or what is wrong with the log. */
+    /** Sends the bytes and waits until the log has them. Returns what is wrong with the log, or "". */
     QString hear(const QByteArray& bytes)
     {
         model.sent(bytes);
@@ -83,7 +83,7 @@ private:
 
 } // namespace
 
-/** Replies without end, of any kind and in any chunks. */
+/** Very many replies, of any kind and in any chunks. */
 class ReplySoak : public QObject
 {
     Q_OBJECT

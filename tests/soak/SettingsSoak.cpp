@@ -1,5 +1,6 @@
 #include "soak/Soak.h"
 #include "support/Desk.h"
+#include "support/StoreAlone.h"
 
 #include <QLineEdit>
 #include <QProcess>
@@ -40,7 +41,7 @@ constexpr const char* OddValues[] = {
 constexpr int WholeNames = 64;
 constexpr int FirstGeneration = 100000;
 
-/** How a settings file gets damaged, and what is left in it. */
+/** Makes damaged settings files. */
 class Damage
 {
 public:
@@ -49,7 +50,7 @@ public:
     {
     }
 
-    /** Bytes that never were a settings file. */
+    /** Random bytes. */
     QByteArray noise()
     {
         QByteArray bytes = random.bounded(2) == 0 ? QByteArray("[General]\n") : QByteArray();
@@ -58,9 +59,7 @@ public:
         return bytes;
     }
 
-    /** A whole file with some bytes changed; to anything but zero, for Qt warns about a port whose name has
-     * one.
-     */
+    /** A whole file with some bytes changed, but none to zero: Qt warns about a zero byte in a port name. */
     QByteArray flipped()
     {
         QByteArray bytes = whole;
@@ -72,7 +71,7 @@ public:
     /** The beginning of a whole file. */
     QByteArray truncated() { return whole.left(random.bounded(whole.size())); }
 
-    /** A file whose values have no business where they are, some of them missing. */
+    /** A file with values of the wrong kind, and some missing. */
     QByteArray mistyped()
     {
         QByteArray bytes = "[General]\n";
@@ -85,7 +84,7 @@ public:
         return bytes;
     }
 
-    /** A whole file lost among thousands of keys that nobody knows, one of them of a megabyte. */
+    /** A whole file among thousands of unknown keys, one of them a megabyte long. */
     QByteArray crowded()
     {
         QByteArray bytes = whole;
@@ -109,8 +108,7 @@ private:
     QRandomGenerator random{1};
 };
 
-/** The values that the program must work with, by the plain rule: the stored value as QVariant converts it,
- * or the default. */
+/** The values that the program must use: each is the stored value as QVariant converts it, or the default. */
 class ExpectedSettings
 {
 public:
@@ -173,7 +171,7 @@ QByteArray contentOf(const QString& path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/** Makes root as powerless against file modes as everybody else. */
+/** Makes file modes apply to root, too. */
 class OrdinaryUser
 {
 public:
@@ -199,7 +197,7 @@ private:
     __user_cap_data_struct before[2] = {};
 };
 
-/** No file of this process can be written beyond a size, as on a full disk. */
+/** Limits the size of every file that this process writes, as a full disk does. */
 class FullDisk
 {
 public:
@@ -218,7 +216,7 @@ private:
     rlimit before{};
 };
 
-/** Changes every setting, over and over, and says after each round which one is in the file. */
+/** Changes every setting again and again, and says after each round which generation is in the file. */
 int changeSettings(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
@@ -238,7 +236,7 @@ int changeSettings(int argc, char** argv)
     }
 }
 
-/** The generation of settings that the file holds, all of them the same; -1 if they are not. */
+/** The generation of the settings in the file; -1 if they are not all of the same. */
 int generationIn(const QString& file)
 {
     const QSettings settings(file, QSettings::IniFormat);
@@ -255,7 +253,7 @@ int generationIn(const QString& file)
 
 } // namespace
 
-/** The settings file and the log, in every condition that a disk can leave them in. */
+/** Damaged settings files, and disks that are full or read-only. */
 class SettingsSoak : public QObject
 {
     Q_OBJECT
@@ -265,8 +263,7 @@ private slots:
     void aDamagedFileStartsTheProgramWithWhatItStillHolds()
     {
         const int count = rounds(60, 10000);
-        // Under a name of its own: the names that damage makes of it are those of no terminal of this
-        // machine.
+        // Under a name of its own: damaged, it is the name of no other terminal of this machine.
         const CameraEnd camera;
         const QTemporaryDir devices;
         const QString port = devices.filePath("camera");
@@ -289,7 +286,7 @@ private slots:
         qInfo("programs started with damaged settings: %d", count);
     }
 
-    // What ExpectedSettings takes from Qt, here word by word.
+    // ExpectedSettings converts with Qt. Here are some conversions in full.
     void aTruncatedFileKeepsItsWholeLines()
     {
         PrivateProfile profile;
@@ -328,8 +325,7 @@ private slots:
                      qPrintable(QString("%1 was reported, %2 found").arg(reported).arg(found)));
             changes = found - FirstGeneration;
 
-            // A lock that was killed before its owner was written into it counts for Qt as held for 30
-            // seconds.
+            // If the kill left a lock without its owner's name, Qt would wait 30 seconds for it.
             if (QFileInfo::exists(lock) && contentOf(lock).isEmpty()) {
                 QVERIFY(QFile::remove(lock));
                 ++emptyLocks;
@@ -356,6 +352,28 @@ private slots:
         QFile::setPermissions(desk.profile.folder(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
 
+#if QT_VERSION_MAJOR < 6
+    // Qt 6 takes every file for UTF-8, and this one cannot be turned into it.
+    void aReadOnlyFileThatIsNotUtf8IsReadAsLatin1()
+    {
+        StoreAlone store;
+        store.store.reset();
+        store.profile.store("comport", "COM1");
+        QFile file(store.profile.settingsFile());
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("[General]\ncomport=COM1\nCOM1_1=K\xfc"
+                   "che\n");
+        file.close();
+        const OrdinaryUser user;
+        QFile::setPermissions(file.fileName(), QFile::ReadOwner);
+        QFile::setPermissions(store.profile.folder(), QFile::ReadOwner | QFile::ExeOwner);
+
+        store.store.emplace();
+        QCOMPARE(store->getPresetName(1), QString(u8"Küche"));
+        QFile::setPermissions(store.profile.folder(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+#endif
+
     void aFolderThatCannotBeMadeDoesNotMatter()
     {
         Desk desk;
@@ -379,8 +397,8 @@ private slots:
         QCOMPARE(contentOf(desk.profile.logFile()), QByteArray("an old line\n"));
     }
 
-    // Qt 5.15 takes a settings file of which only a part fits on the disk for a whole one, so nothing is said
-    // here about the file.
+    // If only a part of the settings file fits on the disk, Qt 5.15 keeps this part. So the file is not
+    // checked here.
     void aDiskThatFillsUpDoesNotMatterToTheCamera()
     {
         constexpr int room = 4096;

@@ -7,7 +7,7 @@
 #include <malloc.h>
 #include <unistd.h>
 #ifdef __SANITIZE_ADDRESS__
-// GCC brings the function along, but not its header.
+// libgcc has the function, but no header declares it.
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #endif
 

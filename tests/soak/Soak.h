@@ -3,7 +3,7 @@
 #include <QString>
 #include <QStringList>
 
-/** How often the long tests do things: few times in an ordinary run, many where VANTREL_SOAK is set. */
+/** How often the long tests repeat something: a few times, or many times if VANTREL_SOAK is set. */
 int rounds(int ordinary, int soak);
 
 /** The memory of this process. */
@@ -18,20 +18,20 @@ struct Memory
     /** What has been allocated and not freed. */
     qint64 heapBytes;
 
-    /** What the operating system has given, freed or not (VmRSS). */
+    /** What the process has in RAM (VmRSS). */
     qint64 residentBytes;
 };
 
 /** How many files and lines the process has open. */
 qint64 openDescriptors();
 
-/** Follows a log file: what was written since the last look. */
+/** Follows a log file. */
 class LogTail
 {
 public:
     explicit LogTail(const QString& file);
 
-    /** The whole lines that have been added. */
+    /** The whole entries that have been added since the last call. */
     QStringList newLines();
 
 private:

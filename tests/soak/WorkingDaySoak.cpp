@@ -20,7 +20,7 @@ constexpr int LineTimeoutMs = 10000;
 constexpr int MeasuredHomes = 256;
 constexpr qint64 LeakAllowance = 65536;
 
-/** An operator at work, who writes down what the camera and the log must get. */
+/** An operator at work. Notes which frames the camera and which entries the log must get. */
 class Operator
 {
 public:
@@ -36,7 +36,7 @@ public:
         }
     }
 
-    /** The memory that a press of Home takes for good: its timer belongs to the link. */
+    /** The memory that a press of Home keeps until the program ends: its timer belongs to the link. */
     qint64 heapPerHome()
     {
         const Memory before = Memory::now();
@@ -47,7 +47,7 @@ public:
                    : 0;
     }
 
-    /** Empty, or how the camera's frames and the log's lines differ from what they must be. */
+    /** How the camera's frames and the log's entries differ from what they must be, or "". */
     QString trouble()
     {
         QString frameTrouble = checkFrames();
@@ -62,7 +62,7 @@ public:
         return hearReplies();
     }
 
-    /** Waits for the views that the last presses of Home bring. */
+    /** Waits for the second command of the last presses of Home. */
     bool allHomeViewsCome()
     {
         return QTest::qWaitFor([this] { return checkFrames().isEmpty() && homeViews == homes; });
@@ -136,7 +136,7 @@ private:
         expect("Call Preset" + QString::number(preset), "81 01 04 3f 02 " + hex(preset) + " ff");
     }
 
-    // At once, so that the views after Home find the port open.
+    // Connect again at once, so that the second command of Home finds the port open.
     void reconnect()
     {
         click("connectBtn");
@@ -144,7 +144,7 @@ private:
         ++connects;
     }
 
-    // The fastest zoom out is the view after Home, and the two could not be told apart.
+    // Zooming out at full speed has the same frame as the second command of Home.
     void changeSettings()
     {
         desk.settings()->setPanSpeed(panSpeed = random.bounded(1, 19));
@@ -181,7 +181,7 @@ private:
             frames.removeFirst();
             ++frameCount;
         }
-        // Nothing may come now but the views after Home.
+        // Only the second commands of Home may come now.
         while (!desk.camera.pending().isEmpty()) {
             const QByteArray frame = desk.camera.nextFrame();
             if (frame != HomeView)
@@ -191,7 +191,7 @@ private:
         return {};
     }
 
-    // The camera answers, and the line crackles.
+    // The camera answers, and there is noise on the line.
     QString hearReplies()
     {
         QByteArray bytes = QByteArray::fromHex("9041ff9051ff").repeated(random.bounded(5));
@@ -228,7 +228,7 @@ private:
 
 } // namespace
 
-/** A working day in as little time as it takes. */
+/** A working day, as fast as the program can take it. */
 class WorkingDaySoak : public QObject
 {
     Q_OBJECT

@@ -3,6 +3,9 @@
 #include <QEvent>
 #include <QWidget>
 
+#include <functional>
+#include <utility>
+
 /** Counts how often a widget is drawn, from a first time on that it asks for. */
 class PaintCounter : public QObject
 {
@@ -15,10 +18,19 @@ public:
 
     bool eventFilter(QObject* watched, QEvent* event) override
     {
-        if (event->type() == QEvent::Paint)
+        if (event->type() == QEvent::Paint) {
             ++count;
+            if (const auto action = std::exchange(beforeDrawing, nullptr))
+                action();
+        }
         return QObject::eventFilter(watched, event);
     }
 
+    /** What to do once, right before the widget is drawn next. */
+    void whenDrawn(std::function<void()> action) { beforeDrawing = std::move(action); }
+
     int count = 0;
+
+private:
+    std::function<void()> beforeDrawing;
 };

@@ -1,5 +1,7 @@
 #include "window/Copies.h"
 
+#include "ui/AppFocusRing.h"
+
 #include <QtTest>
 
 CopyingApplication::CopyingApplication()
@@ -19,6 +21,7 @@ MainWindowCopy::MainWindowCopy(const State& first)
 {
     setupUi(&window);
     window.adjustSize();
+    new AppFocusRing(&window);
     statusBar->addPermanentWidget(&status);
     centralWidget->setFocus();
     show(first);
@@ -35,6 +38,7 @@ SettingsCopy::SettingsCopy(const QStringList& ports)
 {
     setupUi(&dialog);
     dialog.adjustSize();
+    new AppFocusRing(&dialog);
     dialog.setFocus();
     for (int preset = 1; preset <= 64; ++preset)
         startUpPresetCombo->addItem("PRESET" + QString::number(preset));

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "ui/AppFocusRing.h"
 #include "ui_AppMainWin.h"
 #include "ui_AppSettingWin.h"
 
@@ -53,7 +52,6 @@ struct MainWindowCopy : Ui_AppMainWin
     void show(const State& state);
 
     QMainWindow window;
-    AppFocusRing ring{&window};
     QLabel status;
 };
 
@@ -66,7 +64,6 @@ struct SettingsCopy : Ui_AppSettingWin
     void setSpeeds(int pan, int tilt, int zoom);
 
     QDialog dialog;
-    AppFocusRing ring{&dialog};
 };
 
 /** Gives a control of a copy the keyboard of this process, as it has that of the program. */

@@ -65,6 +65,9 @@ public:
     /** Holds a key down until releaseKey(); meanwhile it repeats as a key of any keyboard does. */
     virtual void holdKey(const QString& key) = 0;
     virtual void releaseKey(const QString& key) = 0;
+
+    /** Releases a key and holds another, both in one report of the keyboard. */
+    virtual void changeKeys(const QString& from, const QString& to) = 0;
 };
 
 /** The display of this process: that on which the platform in QT_QPA_PLATFORM shows the program. */

@@ -6,6 +6,7 @@
 #include <QFile>
 #include <QPushButton>
 #include <QSlider>
+#include <QStyle>
 #include <QSysInfo>
 #include <QtTest>
 
@@ -139,6 +140,17 @@ QString imageOf(const QString& button)
     return found == std::end(ImageButtons) ? QString() : found->image;
 }
 
+// Where a control is seen: around the image of an image button there is nothing.
+QRect seenArea(const Window& window, const QWidget* control)
+{
+    const QRect area = window.areaOf(control);
+    const QString image = imageOf(control->objectName());
+    if (image.isEmpty())
+        return area;
+    const int side = QImage(":/assets/" + image).width();
+    return QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, {side, side}, area);
+}
+
 QString shownFrame(const QImage& seen, const QString& image)
 {
     for (int frame = 0; frame < 3; ++frame) {
@@ -186,7 +198,7 @@ QString differenceFromPicture(const QString& name, const Window& window)
 
 QString stateShown(const Window& window, const QWidget* control)
 {
-    const QImage seen = window.picture().copy(window.areaOf(control));
+    const QImage seen = window.picture().copy(seenArea(window, control));
     if (const auto* slider = qobject_cast<const QSlider*>(control))
         return shownColour(seen.pixel(handle(slider).center()));
     const QString image = imageOf(control->objectName());
@@ -199,7 +211,7 @@ QString stateShown(const Window& window, const QWidget* control)
 bool hasFocusRing(const Window& window, const QWidget* control)
 {
     const QImage seen = window.picture();
-    const QRect around = window.areaOf(control).adjusted(-1, -1, 1, 1);
+    const QRect around = seenArea(window, control).adjusted(-1, -1, 1, 1);
     const QPoint middle = around.center();
     const QPoint places[] = {{middle.x(), around.top()},
                              {middle.x(), around.bottom()},

@@ -84,10 +84,10 @@ void dismissBox()
     QTRY_VERIFY(!box.isOnScreen());
 }
 
-/** Opens a menu and clicks a choice; the first one has the row 0. */
+/** Opens a list and clicks a choice; the first one has the row 0, and ten are shown. */
 void choose(const Window& settings, QComboBox* menu, int row)
 {
-    constexpr int frame = 4;
+    constexpr int frame = 1;
     const int rowHeight = menu->view()->sizeHintForRow(row);
     settings.click(menu);
     const Window popup = Window::popup();
@@ -154,6 +154,9 @@ private slots:
     void repliesOfTheCameraAreLogged();
     void tabReachesEveryControlInOrder();
     void holdingTheSpaceBarMovesOnceAndReleasingItStops();
+    void holdingTheSpaceBarOnAPresetRecallsItOnce();
+    void anotherKeyThatComesAsTheSpaceBarGoesStops();
+    void aButtonThatMouseAndKeyHoldStopsWithTheMouse();
     void leavingAHeldButtonWithTabStopsOnce();
     void everySettingIsChangedByKeyboardAlone();
     void everyMenuOffersItsChoices();
@@ -375,6 +378,52 @@ void RealWindowTest::holdingTheSpaceBarMovesOnceAndReleasingItStops()
     QCOMPARE(place.log(), QStringList({"MoveUp", "MoveStop"}));
 }
 
+void RealWindowTest::holdingTheSpaceBarOnAPresetRecallsItOnce()
+{
+    Workplace place;
+    desktop().pressKeys(QStringList(QVector<QString>(10, "Tab").toList()));
+
+    desktop().holdKey("space");
+    QTest::qWait(FewKeyRepeatsMs);
+    QCOMPARE(place.camera.pending(), QByteArray());
+    desktop().releaseKey("space");
+
+    QCOMPARE(place.received(1), QByteArrayList{recallOf(1)});
+    QCOMPARE(place.log(), QStringList("Call Preset1"));
+}
+
+void RealWindowTest::anotherKeyThatComesAsTheSpaceBarGoesStops()
+{
+    Workplace place;
+    desktop().pressKeys({"Tab", "Tab", "Tab"});
+
+    // Both events have one time stamp most times, not always.
+    for (int i = 0; i < 8; ++i) {
+        desktop().holdKey("space");
+        QCOMPARE(place.received(1), QByteArrayList{Up});
+        desktop().changeKeys("space", "a");
+        QCOMPARE(place.received(1), QByteArrayList{Stop});
+        desktop().releaseKey("a");
+    }
+}
+
+void RealWindowTest::aButtonThatMouseAndKeyHoldStopsWithTheMouse()
+{
+    Workplace place;
+    place.window->press(place.main.upBtn);
+    QCOMPARE(place.received(1), QByteArrayList{Up});
+    place.window->pointAt(place.main.homeBtn);
+    QCOMPARE(place.received(1), QByteArrayList{Stop});
+
+    desktop().holdKey("space");
+    QCOMPARE(place.received(1), QByteArrayList{Up});
+    desktop().releaseMouse();
+    QCOMPARE(place.received(1), QByteArrayList{Stop});
+    desktop().releaseKey("space");
+
+    QCOMPARE(place.log(), QStringList({"MoveUp", "MoveStop", "MoveUp", "MoveStop"}));
+}
+
 void RealWindowTest::leavingAHeldButtonWithTabStopsOnce()
 {
     Workplace place;
@@ -472,8 +521,8 @@ void RealWindowTest::everySettingIsFoundAgainAfterARestart()
     QTRY_COMPARE(place.stored("baudrate"), QString("115200"));
     settings.click(place.settings->startUpPresetCheck);
     QTRY_COMPARE(place.stored("isstartuppreset"), QString("true"));
-    choose(settings, place.settings->startUpPresetCombo, 10);
-    QTRY_COMPARE(place.stored("startuppreset"), QString("11"));
+    choose(settings, place.settings->startUpPresetCombo, 9);
+    QTRY_COMPARE(place.stored("startuppreset"), QString("10"));
     settings.click(place.settings->invertPanCheck);
     QTRY_COMPARE(place.stored("invertpan"), QString("true"));
     settings.click(place.settings->invertTiltCheck);
@@ -489,19 +538,19 @@ void RealWindowTest::everySettingIsFoundAgainAfterARestart()
 
     QStringList expected{"baudrate=115200",   "comport=" + place.port, "invertpan=true",
                          "inverttilt=true",   "isstartuppreset=true",  "panspeed=18",
-                         "runonstartup=true", "startuppreset=11",      "tiltspeed=1",
+                         "runonstartup=true", "startuppreset=10",      "tiltspeed=1",
                          "zoomspeed=7"};
     QCOMPARE(place.allStored(), expected);
 
     place.start();
-    QCOMPARE(place.received(1), QByteArrayList{recallOf(11)});
+    QCOMPARE(place.received(1), QByteArrayList{recallOf(10)});
     settings = place.openSettingsWithoutPorts();
     SettingsCopy& copy = *place.settings;
     const auto checks = copy.dialog.findChildren<QCheckBox*>();
     for (QCheckBox* check : checks)
         check->setChecked(true);
     copy.baudRateCombo->setCurrentText("Baud115200");
-    copy.startUpPresetCombo->setCurrentText("PRESET11");
+    copy.startUpPresetCombo->setCurrentText("PRESET10");
     copy.startUpPresetCombo->setEnabled(true);
     copy.setSpeeds(18, 1, 7);
     QVERIFY_LOOKS_LIKE(settings, &copy.dialog);

@@ -335,6 +335,12 @@ void WaylandDesktop::releaseKey(const QString& key)
     setKey(key, false);
 }
 
+void WaylandDesktop::changeKeys(const QString& from, const QString& to)
+{
+    releaseKey(from);
+    holdKey(to);
+}
+
 void WaylandDesktop::setKey(const QString& name, bool isHeld)
 {
     const Key& key = keyNamed(name);

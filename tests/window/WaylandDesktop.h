@@ -39,6 +39,7 @@ public:
     void pressKeys(const QStringList& keys) override;
     void holdKey(const QString& key) override;
     void releaseKey(const QString& key) override;
+    void changeKeys(const QString& from, const QString& to) override;
 
 private:
     QRect areaOf(const QString& window) const;

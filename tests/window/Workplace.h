@@ -1,9 +1,9 @@
 #pragma once
 
+#include "UsbBus.h"
 #include "support/CameraEnd.h"
 #include "support/Form.h"
 #include "support/PrivateProfile.h"
-#include "support/UsbBus.h"
 #include "window/Copies.h"
 #include "window/Desktop.h"
 #include "window/RunningProgram.h"

@@ -140,3 +140,8 @@ void X11Desktop::releaseKey(const QString& key)
 {
     xdotool({"keyup", key});
 }
+
+void X11Desktop::changeKeys(const QString& from, const QString& to)
+{
+    xdotool({"keyup", "--delay", "0", from, "keydown", "--delay", "0", to});
+}

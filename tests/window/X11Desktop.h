@@ -26,6 +26,7 @@ public:
     void pressKeys(const QStringList& keys) override;
     void holdKey(const QString& key) override;
     void releaseKey(const QString& key) override;
+    void changeKeys(const QString& from, const QString& to) override;
 
 private:
     xcb_connection_t* server;
