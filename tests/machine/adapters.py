@@ -1,7 +1,7 @@
 """USB serial adapters for the virtual machine, and the simulated camera at the end of their wire.
 
-QEMU has one FTDI adapter of its own (0403:6001). The two that the controller knows are played here, and plugged in over
-the network protocol in which QEMU takes devices that are elsewhere (usbredir): the kernel inside sees them on its bus.
+QEMU has one FTDI adapter of its own (0403:6001). The two that AUTO takes are simulated here. They are plugged in by
+usbredir, QEMU's network protocol for remote USB devices; the kernel inside sees them on its bus.
 """
 
 import os
@@ -35,7 +35,7 @@ class Camera:
 
 
 class Adapter:
-    """One adapter with a camera at its far end. What the camera says while the adapter is out is lost."""
+    """An adapter with a camera at its far end. What the camera sends while the adapter is unplugged is lost."""
 
     count = 0
 
@@ -51,7 +51,7 @@ class Adapter:
         self.listener.bind(self.path)
         self.listener.listen()
         self.connection = None
-        # Between whoever has the camera's end say something, and the thread that serves the machine.
+        # Stories call say() while the thread of this adapter serves the machine.
         self.lock = threading.RLock()
         threading.Thread(target=self.serve, daemon=True).start()
 
@@ -63,7 +63,7 @@ class Adapter:
 
     def pull(self):
         self.machine.order("device_del", id="usb-" + self.identifier)
-        # QEMU lets go of it a little later, and of some without being asked.
+        # QEMU releases the backend a little later; some it removes by itself.
         wait_for(lambda: self.machine.try_order("chardev-remove", id=self.identifier) or not self.is_in(),
                  "the adapter is out")
 
@@ -112,7 +112,7 @@ class Adapter:
             if self.connection:
                 self.connection.sendall(data)
         except OSError:
-            # Pulled meanwhile.
+            # It was pulled in the meantime.
             pass
 
 
@@ -128,7 +128,7 @@ class FtdiOfQemu(Adapter):
         os.write(self.camera.line, data)
 
     def say(self, data):
-        """Has the camera's end of the wire say something."""
+        """Sends from the camera's end of the wire."""
         with self.lock:
             self.write(data)
 
@@ -140,19 +140,19 @@ SET_ALTERNATIVE, ALTERNATIVE = 9, 11
 START_INTERRUPT, STOP_INTERRUPT, INTERRUPT_STATUS = 15, 16, 17
 CANCEL = 21
 CONTROL, BULK = 100, 101
-# The first packet each way is the greeting; the numbers of those after it are longer.
+# The first packet in each direction is the greeting. The later ones have longer numbers in their headers.
 GREETING_HEADER, HEADER = struct.Struct("<III"), struct.Struct("<IIQ")
 CONTROL_HEADER = struct.Struct("<BBBBHHH")
 BULK_HEADER = struct.Struct("<BBHIH")
-# The device's version and the sizes of its packets are told; numbers of 64 bits and lengths of 32. QEMU wants the last
-# three where the socket is one of USB 3.
+# Send the device's version and packet sizes, numbers of 64 bits and lengths of 32. QEMU requires the last three at a
+# USB 3 socket.
 CAPABILITIES = 1 << 1 | 1 << 4 | 1 << 5 | 1 << 6
 FULL_SPEED = 1
 CANCELLED = 1
 BULK_TYPE, INTERRUPT_TYPE, NO_ENDPOINT = 2, 3, 255
 ENDPOINT_COUNT = 32
 
-# USB: what every device answers.
+# USB: the requests that every device answers.
 TO_HOST = 0x80
 GET_DESCRIPTOR = 6
 DEVICE_DESCRIPTOR, CONFIGURATION_DESCRIPTOR = 1, 2
@@ -160,7 +160,7 @@ VENDOR_CLASS = 0xFF
 
 
 class PlayedAdapter(Adapter):
-    """An adapter of which we play the chip. `baud_rate` is what the driver has told it."""
+    """An adapter whose chip is simulated here. `baud_rate` is what the driver has set."""
 
     driver = "usb-redir"
     # Each packet to the machine begins with these.
@@ -178,7 +178,7 @@ class PlayedAdapter(Adapter):
         self.send(INTERFACES, 0, struct.pack("<I", 1) + first_only + bytes([VENDOR_CLASS]).ljust(ENDPOINT_COUNT, b"\0")
                   + first_only + first_only)
         types = bytearray([NO_ENDPOINT] * ENDPOINT_COUNT)
-        # The endpoint of commands, both ways.
+        # The control endpoint, in both directions.
         types[0] = types[16] = 0
         sizes = [0] * ENDPOINT_COUNT
         for address, kind, size in self.endpoints:
@@ -250,7 +250,7 @@ class PlayedAdapter(Adapter):
             self.send(BULK, number, BULK_HEADER.pack(endpoint, 0, length, stream, 0))
 
     def say(self, data):
-        """Has the camera's end of the wire say something."""
+        """Sends from the camera's end of the wire."""
         with self.lock:
             if self.connection:
                 self.to_machine += data
@@ -293,7 +293,7 @@ class FtdiX(PlayedAdapter):
     bulk_in = 0x81
     packet_size = 64
     endpoints = ((bulk_in, BULK_TYPE, packet_size), (0x02, BULK_TYPE, packet_size))
-    # The states of modem and line.
+    # The status of modem and line.
     packet_begin = b"\x01\x60"
 
     SET_BAUD_RATE, GET_STATES = 3, 5
@@ -301,7 +301,7 @@ class FtdiX(PlayedAdapter):
     EIGHTHS = (0, 4, 2, 1, 3, 5, 6, 7)
 
     def register(self, request):
-        # A driver that is not told that all is sent waits for it when the port is closed.
+        # Say that everything is sent; otherwise the driver waits for it when the port closes.
         return self.packet_begin if request == self.GET_STATES else b"\x10\x00"
 
     def command(self, request, value, index):

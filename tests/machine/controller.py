@@ -1,4 +1,4 @@
-"""The controller inside the virtual machine: its window, pressed with a pointer and read as a screen reader does."""
+"""The controller inside the virtual machine: operated with a pointer, and read as a screen reader does."""
 
 from machine import Failure, wait_for
 
@@ -6,12 +6,12 @@ MAIN, SETTINGS, BOX = "Vantrel Controller", "Settings", "Vantrel"
 PROFILE = "~/.local/share/Vantrel"
 LOG = PROFILE + "/app.log"
 PULLED = "Input/output error"
-# What a user who is away may cost: of one processor, while nothing happens. A lost line that is not noticed takes all.
+# The controller may use this much of a processor while nothing happens. A loss that it does not notice takes all of it.
 CALM_PERCENT = 10
 
 
 class Controller:
-    """Started at once, with settings of its own and an empty log."""
+    """A controller, started by the constructor, with settings of its own and an empty log."""
 
     def __init__(self, machine, port, baud=9600, **settings):
         self.machine = machine
@@ -26,7 +26,7 @@ class Controller:
         self.machine.run(f"kill {self.pid}; timeout 10 tail --pid {self.pid} -f /dev/null || kill -9 {self.pid}")
 
     def window(self, title):
-        """What is in the window of this title; empty if there is none."""
+        """The parts of the window with this title; empty if there is none."""
         return next((window["contents"] for window in self.machine.windows() if window["title"] == title), [])
 
     def boxes(self):
@@ -35,14 +35,14 @@ class Controller:
                 for window in self.machine.windows() if window["title"] == BOX]
 
     def status(self):
-        """The button that connects, and the line at the bottom."""
+        """The text of the connect button, and that of the status bar."""
         names = [part["name"] or "" for part in self.window(MAIN)]
         button = next((name for name in names if name in ("Connect", "Disconnect")), None)
         line = next((name for name in names if name.startswith(("Connected to", "Device "))), None)
         return button, line
 
     def place(self, name, title=MAIN):
-        """The middle of a control, once it stands still: what a window says may change its layout a moment later."""
+        """The middle of a control, once it no longer moves: a new text may change the layout a moment later."""
         seen = []
 
         def stands_still():
@@ -70,7 +70,7 @@ class Controller:
         self.machine.run(f"xdotool type '{text}'")
 
     def choose(self, text, list_name, title=SETTINGS):
-        """Opens a list and chooses by what is typed."""
+        """Opens a list and chooses an entry by typing it."""
         self.click(list_name, title)
         self.machine.run(f"xdotool type '{text}'; xdotool key Return")
 
@@ -81,14 +81,14 @@ class Controller:
         return self.machine.run(f"cat {LOG}").splitlines()
 
     def open_ports(self):
-        """The serial ports that the controller has open, vanished ones included."""
+        """The serial ports that the controller has open, even if their adapter is gone."""
         return self.machine.run(f"ls -l /proc/{self.pid}/fd | grep -o '/dev/tty[A-Z].*' || true").splitlines()
 
     def descriptors(self):
         return int(self.machine.run(f"ls /proc/{self.pid}/fd | wc -l"))
 
     def locks(self):
-        """The files by which it keeps other controllers from a port."""
+        """Its lock files of ports."""
         return self.machine.run(f"grep -lsw {self.pid} /run/lock/LCK..* /tmp/LCK..* || true").split()
 
     def expect_connected(self, port, setting=None, baud=9600):
@@ -116,7 +116,7 @@ class Controller:
             raise Failure(f"still there: {self.open_ports()} {self.locks()}")
 
     def expect_loss(self):
-        """The one box about a pulled adapter, answered, and the state after it."""
+        """Expects one box about a pulled adapter, answers it, and expects the controller to be disconnected."""
         self.expect_box(PULLED)
         self.answer_box()
         self.expect_disconnected()

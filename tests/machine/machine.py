@@ -1,4 +1,4 @@
-"""A virtual machine under QEMU, whose USB sockets adapters are plugged into and pulled from."""
+"""A virtual machine under QEMU with USB sockets for adapters."""
 
 import json
 import os
@@ -9,14 +9,14 @@ import time
 
 KVM = ["-accel", "kvm", "-cpu", "host"]
 MEMORY_MB = 1024
-# An emulated machine on a busy one takes its time.
+# An emulated machine is slow, and more so on a busy computer.
 BOOT_S = 300
 ANSWER_S = 120
 PATIENCE_S = 60
 
 
 class Failure(Exception):
-    """What a story expected and did not see."""
+    """A story did not see what it expected; the text says what."""
 
 
 def wait_for(condition, what):
@@ -32,7 +32,7 @@ def wait_for(condition, what):
 
 
 class JsonLine:
-    """One JSON value a line over a local socket: QEMU's own control, and the agent inside."""
+    """JSON values over a local socket, one a line: with QEMU, and with the agent inside."""
 
     def __init__(self, path, seconds):
         self.socket = socket.socket(socket.AF_UNIX)
@@ -55,7 +55,7 @@ class JsonLine:
 
 
 class Machine:
-    """Boots at once. `folder` has the sockets and logs, `guest` the disk, `host` what the machine sees as /host."""
+    """The constructor boots it. `folder` has the sockets and logs, `guest` the disk, `host` becomes /host inside."""
 
     def __init__(self, guest, host, folder):
         self.folder = folder
@@ -85,7 +85,7 @@ class Machine:
 
     @staticmethod
     def has_kvm():
-        """Whether QEMU can use it, which the presence of /dev/kvm does not tell."""
+        """Whether QEMU can use KVM. That /dev/kvm exists is not enough."""
         return os.access("/dev/kvm", os.W_OK) and subprocess.run(
             ["qemu-system-x86_64", *KVM, "-display", "none", "-monitor", "stdio"], input=b"quit\n", capture_output=True,
             timeout=30, check=False).returncode == 0
@@ -95,14 +95,14 @@ class Machine:
         self.process.wait()
 
     def order(self, command, **arguments):
-        """Has QEMU do something; gives its answer."""
+        """Gives QEMU a command and returns its answer."""
         answer = self.ask_qemu(command, arguments)
         if "error" in answer:
             raise Failure(f"QEMU refuses {command}: {answer['error']['desc']}")
         return answer["return"]
 
     def try_order(self, command, **arguments):
-        """The same, where QEMU may refuse; gives whether it did it."""
+        """The same where QEMU may refuse; returns whether it succeeded."""
         return "return" in self.ask_qemu(command, arguments)
 
     def ask_qemu(self, command, arguments):
@@ -118,14 +118,14 @@ class Machine:
         return self.agent.receive()
 
     def run(self, command):
-        """Runs a command as the user of the machine; gives what it prints."""
+        """Runs a command as the user of the machine and returns its output."""
         status, output = self.ask({"run": command})
         if status != 0:
             raise Failure(f"{command}: exit status {status}, {output.strip()}")
         return output.strip()
 
     def try_run(self, command):
-        """The same, where the command may fail; gives whether it succeeded."""
+        """The same where the command may fail; returns whether it succeeded."""
         return self.ask({"run": command})[0] == 0
 
     def suspend_and_wake(self):

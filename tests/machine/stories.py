@@ -1,4 +1,4 @@
-"""What a user with a real adapter lives through, each told to the virtual machine and watched from both ends.
+"""What a user with a real adapter does and sees. Each story is checked inside the virtual machine and at the camera.
 
 Started by tests/machine/run, which says how.
 """
@@ -21,13 +21,13 @@ REPLY = bytes.fromhex("9041ff9051ff")
 NO_PORT = "No such file or directory"
 BAUD_RATES = (1200, 2400, 4800, 9600, 19200, 38400, 57600, 115200)
 ODD_BAUD_RATE = 14400
-# What a chip makes of a rate, beside it.
+# How far a chip may be from the rate that was asked for.
 BAUD_TOLERANCE = 0.02
 MANY = 20
 
 
 class Desk:
-    """The machine, the camera outside, and what a story has plugged in and started, which ends with it."""
+    """The machine, and what a story has plugged in and started, which ends with the story."""
 
     def __init__(self, machine, camera_program):
         self.machine = machine
@@ -63,7 +63,7 @@ def expect(condition, what):
 
 
 def expect_frames(adapter, *frames):
-    """That the camera receives these, and no other, since it was asked last."""
+    """Expects the camera to have received these frames, and no other, since the last call."""
     camera = adapter.camera
     wait_for(lambda: len(camera.frames) >= len(frames), f"{frames} at the camera, and not {camera.frames}")
     expect(camera.frames == list(frames), f"the camera received {camera.frames}, and not {list(frames)}")
@@ -327,7 +327,7 @@ def suspended_and_woken(desk):
     adapter = desk.adapter(FtdiX)
     controller = desk.connected("AUTO")
     desk.machine.suspend_and_wake()
-    # The kernel takes the adapter out and in again, under another name while the controller still has the old one.
+    # The kernel removes the adapter and adds it again. The controller still has the old port, so the new name is another.
     controller.expect_loss()
     port = desk.machine.run("udevadm settle; basename /dev/ttyUSB*")
     controller.click("Connect")
@@ -370,7 +370,7 @@ STORIES = [
 
 
 def tell(desk, story):
-    """Has the story happen; gives what went wrong, or None."""
+    """Runs the story. Returns what went wrong, or None."""
     try:
         with desk.ending:
             story(desk)

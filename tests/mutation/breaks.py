@@ -1,6 +1,6 @@
-"""Makes breaks out of sources: small changes, each of which a test should notice.
+"""Makes breaks of the sources: small changes, each of which a test should notice.
 
-The operators in C++, of which a header, for its constants, gets those below the line:
+The operators in C++. A header, which has constants only, gets those below the line:
 
     statement    a statement or the label of a case is gone
     condition    a condition is negated
@@ -27,7 +27,7 @@ import re
 
 @dataclasses.dataclass(frozen=True)
 class Break:
-    """One change: in a file's text, what stands from "begin" to "end" becomes something new."""
+    """One change: in the text of a file, what is from "begin" to "end" becomes "new"."""
     file: str
     text: str
     operator: str
@@ -60,19 +60,19 @@ OPPOSITES = [("comparison", "==", "!="), ("comparison", "<", "<="), ("comparison
 EXCHANGED = {**{one: (operator, other) for operator, one, other in OPPOSITES},
              **{other: (operator, one) for operator, one, other in OPPOSITES}}
 
-# What can be left out: a call, an assignment, a jump, a deletion. A declaration begins with two words.
+# The statements that can be left out: calls, assignments, jumps, deletions. A declaration begins with two words.
 STATEMENT = re.compile(r"(?:emit |new |delete |delete\[\] )?[\w:]+(?:<[\w*]+>)?(?:->|\.|\(|\[|;| = |\+\+)|\+\+|--")
 
 
 def greater(number):
-    """The number plus one, in the same notation; a byte begins anew after 0xFF."""
+    """The number plus one, in the same notation; a byte becomes zero after 0xFF."""
     if number.startswith("'"):
         return "'\\x%02X'" % ((int(number[1:-1].lstrip("\\x") or "0", 16) + 1) % 256)
     return "0x%04X" % (int(number, 16) + 1) if number.startswith("0x") else str(int(number) + 1)
 
 
 def misspelt(text):
-    """The text with another last letter or digit; one letter where it has none."""
+    """The text with another last letter or digit; "x" if it has none."""
     places = [place.start() for place in re.finditer(r"(?<!\\)[A-Za-z0-9]", text)]
     if not places:
         return "x"
@@ -81,7 +81,7 @@ def misspelt(text):
 
 
 def end_of(tokens, at, signs):
-    """The place of the first of the signs, outside of brackets, from a place on; None where a bracket ends it all."""
+    """The index of the first of the signs outside of brackets, from an index on; None if a closing bracket comes first."""
     depth = 0
     while depth >= 0:
         if tokens[at][0] in signs and depth == 0:
@@ -94,7 +94,7 @@ def end_of(tokens, at, signs):
 def token_breaks(text, tokens):
     for token, following in zip(tokens, tokens[1:]):
         begin, end, old = token.start(), token.end(), token[0]
-        # "<" and "&&" without a blank belong to a type.
+        # "<" and "&&" without blanks around them are part of a type.
         if old in EXCHANGED and (token.lastgroup == "word" or text[begin - 1] == text[end] == " "):
             operator, new = EXCHANGED[old]
             yield operator, begin, end, new
@@ -112,9 +112,9 @@ def element_breaks(text, tokens):
         signs = [at]
         while token[0] == "{" and tokens[signs[-1]][0] not in ("}", ";"):
             signs.append(end_of(tokens, signs[-1] + 1, [",", "}", ";"]))
-        # Of a pair each place has its meaning; it is no list.
+        # Two elements are a pair and no list.
         if tokens[signs[-1]][0] == "}" and len(signs) > 3:
-            # The first element goes with the comma behind it, each other one with that before it.
+            # The first element goes with the comma after it, each other one with the comma before it.
             yield "element", tokens[at + 1].start(), tokens[signs[1] + 1].start(), ""
             for comma, sign in zip(signs[1:], signs[2:]):
                 yield "element", tokens[comma].start(), tokens[sign].start(), ""
@@ -130,7 +130,7 @@ def condition_breaks(text, tokens):
             continue
         signs = {each[0] for each in condition}
         begin, end = condition[0].start(), condition[-1].end()
-        # A variable's declaration cannot be negated, and a lone comparison has its own operator.
+        # A declaration cannot be negated, and a single comparison has an operator of its own.
         if "=" in signs or signs & {"==", "!="} and not signs & {"&&", "||"}:
             continue
         if condition[0][0] == "!" and not signs & {"&&", "||"}:
@@ -166,7 +166,7 @@ def cpp_breaks(text, is_header):
         yield from statement_breaks(text, tokens)
 
 
-# An item with the next one of the same layout.
+# An item and the next one of the same layout.
 TWO_ITEMS = re.compile(r"^(?=(( *)<item>\n(?:(?!\2</item>).*\n)*\2</item>\n)(\2<item>\n(?:(?!\2</item>).*\n)*\2</item>\n))",
                        re.MULTILINE)
 
@@ -190,7 +190,7 @@ def form_breaks(text, cpp_names):
 
 
 def breaks_of(sources):
-    """All breaks of the sources, which are a dictionary of texts by file name, in their order."""
+    """All breaks of the sources, a dictionary of texts by file name, in their order."""
     cpp_names = set(re.findall(r"\w+", " ".join(text for file, text in sources.items() if not file.endswith(".ui"))))
     breaks = []
     for file, text in sources.items():
@@ -201,15 +201,15 @@ def breaks_of(sources):
 
 @dataclasses.dataclass(frozen=True)
 class Exemption:
-    """An entry of the list of breaks that cannot be noticed: all breaks of a line, or those that make certain lines of it."""
+    """An entry of the list of breaks that cannot be noticed: all breaks of a line, or those with certain results."""
     file: str
     lines: list
-    place: int  # of the line among those around it
+    place: int  # the index of the line in "lines"
     broken_lines: list
     reason: str
 
     def covers(self, each):
-        """Whether a break begins in the line, and the others stand around it."""
+        """Whether a break begins in the line, with the others around it."""
         at = each.line() - 1
         lines = [line.strip() for line in each.text.splitlines()[at - self.place:at - self.place + len(self.lines)]]
         return (self.file == each.file and lines == self.lines and
@@ -219,7 +219,7 @@ class Exemption:
 def read_exemptions(text):
     """The entries of the list, which has an empty line between any two.
 
-    Each has its file, as in a diff the line ("-") between others (" ") and what it becomes ("+"), and a reason.
+    Each has its file; as in a diff the line ("-"), those around it (" ") and what it becomes ("+"); and a reason.
     """
     exemptions = []
     for block in text.split("\n\n"):
@@ -234,7 +234,7 @@ def read_exemptions(text):
 
 
 def exempted(breaks, exemptions):
-    """The breaks that the list exempts. An entry that does not fit exactly one line, and say why, is a ValueError."""
+    """The breaks that the list exempts. An entry must fit exactly one line and have a reason; otherwise a ValueError."""
     covered = []
     for each in exemptions:
         fitting = [broken for broken in breaks if each.covers(broken)]

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Shows on tiny sources what breaks.py makes of them, and what the list of unnoticeable breaks may say."""
+"""Tests breaks.py on tiny sources, and how it reads the list of unnoticeable breaks."""
 
 import sys
 import unittest

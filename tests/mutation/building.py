@@ -1,4 +1,4 @@
-"""Builds the program and its tests once, and again those parts of them that a break changes."""
+"""Builds the program and its tests once, and then again only what a break changes."""
 
 import json
 import os
@@ -11,22 +11,26 @@ import threading
 HERE = pathlib.Path(__file__).resolve().parent
 ROOT = HERE.parents[1]
 
-# The program without its main(), of which the program itself and every test take theirs.
+# The program without its main(). The program itself and every test link it.
 LIBRARY = "libvantrel_program.so"
 
-# Three times as fast as the usual one.
-FAST_LINKER = next((f"-fuse-ld={name}" for name in ("lld", "gold") if shutil.which(f"ld.{name}")), "")
+# The tests that are asked. Those of the simulated camera notice no break of the program. Those of the built program as a
+# whole take seconds each; they are left to ./test.
+ASKED = ["-R", "Test$", "-LE", "simulator|system"]
 
-# With what is precompiled it takes less than half of GCC's time, and its objects fit GCC's.
+# Three times as fast as the usual one.
+FAST_LINKER = next(([f"-fuse-ld={name}"] for name in ("lld", "gold") if shutil.which(f"ld.{name}")), [])
+
+# With precompiled headers it takes less than half of GCC's time, and its objects can be linked with GCC's.
 FAST_COMPILER = [name, "-fpch-instantiate-templates"] if (name := shutil.which("clang++")) else []
 
 
 class RunStops(Exception):
-    """Why the whole run cannot go on."""
+    """The whole run cannot go on; the text says why."""
 
 
 class DoesNotBuild(Exception):
-    """A break that the compiler refuses, or whose code is that of the unbroken program."""
+    """The compiler refuses the break, or makes the same code of it as without."""
 
 
 def is_done(command, **options):
@@ -37,49 +41,48 @@ def output_of(*command, **options):
     return subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True, **options).stdout
 
 
-def program_of(test):
-    return f"tests/{test}"
-
-
 class Build:
-    """The program, as a shared library, and the tests, in a folder. What is built is named as within the folder."""
+    """The program, as a shared library, and its tests, in a folder. Products are named by their paths in the folder."""
 
-    def __init__(self, folder, tests):
+    def __init__(self, folder):
         self.folder = folder
-        subprocess.run(
-            ["cmake", "-S", ROOT, "-B", folder, "-G", "Ninja", "-DCMAKE_BUILD_TYPE=Debug",
-             "-DCMAKE_CXX_FLAGS_DEBUG=-O0", f"-DCMAKE_PROJECT_INCLUDE={HERE / 'program-as-library.cmake'}",
-             # Which library a test takes is said when it is run.
-             "-DCMAKE_SKIP_BUILD_RPATH=ON",
-             # A test of a form alone names nothing of the library, and needs its images.
-             # And what a break leaks shows at the end of each program.
-             f"-DCMAKE_EXE_LINKER_FLAGS=-Wl,--no-as-needed -fsanitize=leak {FAST_LINKER}",
-             f"-DCMAKE_SHARED_LINKER_FLAGS={FAST_LINKER}"], check=True, stdout=subprocess.DEVNULL)
-        if not is_done(["cmake", "--build", folder, "--target", *tests]):
-            raise RunStops(f"the program does not build as it is: cmake --build {folder}")
+        subprocess.run([ROOT / "packaging/configure", folder, "--preset", "mutation"], cwd=ROOT, check=True,
+                       stdout=subprocess.DEVNULL)
+        if not is_done(["cmake", "--build", folder, "--target", *self._listed_tests()]):
+            raise RunStops(f"the program does not build without any break: cmake --build {folder}")
+        # Only now does CTest know their commands.
+        self.tests = self._listed_tests()
 
         entries = json.loads((folder / "compile_commands.json").read_text())
         commands = [shlex.split(entry["command"]) for entry in entries]
         self._compilations = {words[words.index("-o") + 1]: words for words in commands}
-        self._links = {product: self._last_command(product) for product in [LIBRARY, *map(program_of, tests)]}
+        self._links = {product: self._last_command(product) for product in [LIBRARY, *map(self.program_of, self.tests)]}
         self._files = {}
         for paragraph in output_of("ninja", "-C", folder, "-t", "deps").split("\n\n"):
             name, *files = paragraph.split("\n")
             self._files[name.split(":")[0]] = {os.path.join(folder, file.strip()) for file in files}
         self._precompiling = threading.Lock()
 
+    def _listed_tests(self):
+        """What CTest says about each test, by its name."""
+        listing = json.loads(output_of("ctest", "--test-dir", self.folder, "--show-only=json-v1", *ASKED))
+        return {test["name"]: test for test in listing["tests"]}
+
+    def program_of(self, test):
+        return os.path.relpath(self.tests[test]["command"][-1], self.folder)
+
     def _last_command(self, product):
-        """The words of the command that makes a product, without what the shell does around it."""
+        """The words of the command that makes a product, without the shell's part of it."""
         line = output_of("ninja", "-C", self.folder, "-t", "commands", product).splitlines()[-1]
         return next(shlex.split(part) for part in line.split(" && ") if not part.startswith((":", "cd ")))
 
     def objects_of(self, product, file):
-        """Those objects of a product that are made of a file of the sources, or of the header of a form."""
+        """The objects of a product that are compiled from a source file, or include it. A form counts as its header."""
         made_of = str(self.folder / header_of(file) if file.endswith(".ui") else ROOT / file)
         return [word for word in self._links[product] if made_of in self._files.get(word, ())]
 
     def generate(self, form, folder):
-        """Makes the header of a form that stands in the folder."""
+        """Makes the header of a form that is in the folder."""
         header = header_of(form)
         words = self._last_command(header)
         words[words.index("-o") + 1:] = [folder / header, folder / form]
@@ -87,14 +90,14 @@ class Build:
             raise DoesNotBuild
 
     def link(self, product, objects, folder, options=()):
-        """Links a product in a folder, from some objects that are compiled again, and returns its path.
+        """Links a product in a folder, with some objects compiled again, and returns its path.
 
-        Sources that stand in the folder are taken in place of the original ones.
+        A source file that is in the folder replaces the original one.
         """
         words = [self._compile(word, folder, options) if word in objects else word for word in self._links[product]]
         words[words.index("-o") + 1] = folder / product
-        (folder / product).parent.mkdir(exist_ok=True)
-        if not is_done([*words, *options], cwd=self.folder):
+        (folder / product).parent.mkdir(parents=True, exist_ok=True)
+        if not is_done([*words, *FAST_LINKER, *options], cwd=self.folder):
             raise DoesNotBuild
         return folder / product
 
@@ -110,7 +113,7 @@ class Build:
         return output
 
     def _precompiled(self, name):
-        """The option that takes in, precompiled, all headers of others that an object includes."""
+        """The option that includes a precompiled header, with all headers of others that an object includes."""
         header = self.folder / "precompiled" / f"{name}.h"
         with self._precompiling:
             if not header.exists():

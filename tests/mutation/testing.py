@@ -1,8 +1,8 @@
 """Runs tests, and finds out which lines of the program each of their functions runs."""
 
-import collections
 import concurrent.futures
 import contextlib
+import itertools
 import json
 import os
 import pathlib
@@ -12,15 +12,24 @@ import subprocess
 import tempfile
 import threading
 import time
+import typing
 
-from building import LIBRARY, ROOT, RunStops, output_of, program_of
+from building import LIBRARY, ROOT, RunStops, output_of
 
-# A test may take that much longer with a break than without; then it is taken for one that comes to no end.
+# A test may take this many times as long with a break as without it, and these seconds more. Then it counts as failed.
 PATIENCE_FACTOR = 10
 PATIENCE_S = 20
 
-# A function of a test program: the names of both, how long it takes, and the lines that it runs as (file, line).
-Function = collections.namedtuple("Function", "test name seconds lines")
+
+class Function(typing.NamedTuple):
+    """A function of a test program."""
+    test: str
+    name: str
+    seconds: float
+    lines: set  # those of the program that it runs, as (file, line)
+
+    def __str__(self):
+        return f"{self.test}::{self.name}"
 
 
 def patience(seconds):
@@ -28,46 +37,51 @@ def patience(seconds):
 
 
 class Runner:
-    """Runs tests as CTest does, but only to their first failure, and with any library."""
+    """Runs tests as CTest does, but with any library."""
 
     def __init__(self, build):
-        self._folder = build.folder
-        listing = json.loads(output_of("ctest", "--test-dir", build.folder, "--show-only=json-v1"))
-        self._tests = {test["name"]: test for test in listing["tests"]}
+        self._folder, self._tests = build.folder, build.tests
 
     def _property(self, test, name):
         return next((each["value"] for each in self._tests[test]["properties"] if each["name"] == name), [])
 
     def _launcher(self, test):
-        return self._tests[test]["command"][:-1]
+        """What runs the program in the test's environment: a display, a mocked bus, or nothing."""
+        words = self._tests[test]["command"][1:-1]
+        return list(itertools.dropwhile(lambda word: "=" in word, words))
 
-    def _environment(self, test, library_folder):
-        settings = dict(each.split("=", 1) for each in self._property(test, "ENVIRONMENT"))
+    def _command(self, test, program, library_folder, **environment):
+        own_environment, *words = self._tests[test]["command"][:-1]
+        environment["LD_LIBRARY_PATH"] = library_folder
         if self._launcher(test):
             # A display's libraries leak, too.
-            settings["LSAN_OPTIONS"] += ":detect_leaks=0"
-        return {**os.environ, **settings, "LD_LIBRARY_PATH": str(library_folder)}
+            environment["LSAN_OPTIONS"] = "detect_leaks=0"
+        return [own_environment, *(f"{name}={value}" for name, value in environment.items()), *words, program]
 
     def function_names(self, test):
-        program = self._tests[test]["command"][-1]
-        return output_of(program, "-functions", env=self._environment(test, self._folder)).replace("()", "").split()
+        own_environment, program = self._tests[test]["command"][0], self._tests[test]["command"][-1]
+        return output_of(own_environment, f"LD_LIBRARY_PATH={self._folder}", program, "-functions").replace(
+            "()", "").split()
 
-    def first_failure(self, test, names, limit_s, program, library_folder, **environment):
-        """Runs functions of a test up to their first failure and returns what failed, or "" if they pass."""
+    def failures(self, test, names, limit_s, program, library_folder, goes_on=False, **environment):
+        """Runs functions of a test, up to the first that fails unless it goes on, and returns which fail.
+
+        A test that does not end, or ends otherwise than by its last function, is the one failure.
+        """
         with contextlib.ExitStack() as stack:
             temporary = stack.enter_context(tempfile.TemporaryDirectory())
             process = stack.enter_context(subprocess.Popen(
-                # The tests send signals that nohup and a background job make their children ignore.
-                ["env", "--default-signal", *self._launcher(test), program, *names],
+                # The tests send signals. nohup and background jobs ignore some of them, and so would their children.
+                ["env", "--default-signal",
+                 *self._command(test, program, library_folder, TMPDIR=temporary, **environment), *names],
                 cwd=self._property(test, "WORKING_DIRECTORY"),
-                env={**self._environment(test, library_folder), **environment, "TMPDIR": temporary},
                 stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True,
                 errors="replace", start_new_session=True))
-            return outcome(process, test, limit_s, is_kind=bool(self._launcher(test)))
+            return failures_of(process, test, limit_s, bool(self._launcher(test)), goes_on)
 
 
-def outcome(process, test, limit_s, is_kind):
-    """Reads what a test says up to its first failure, which ends it, or to its end."""
+def failures_of(process, test, limit_s, has_launcher, goes_on):
+    """Reads the output of a test, and kills it at its first failure unless it goes on."""
     timed_out = threading.Event()
 
     def give_up():
@@ -76,26 +90,27 @@ def outcome(process, test, limit_s, is_kind):
 
     timer = threading.Timer(limit_s, give_up)
     timer.start()
-    failure, has_totals = None, False
+    failures, has_totals = [], False
     for line in process.stdout:
         has_totals = has_totals or line.startswith("Totals:")
-        failure = re.match(r"(?:FAIL!|XPASS) +: (\w+::\w+)", line)
-        if failure:
-            end(process, is_kind)
+        failures += re.findall(r"^(?:FAIL!|XPASS) +: (\w+::\w+)", line)
+        if failures and not goes_on:
+            kill(process, has_launcher)
             break
     status = process.wait()
     timer.cancel()
     if timed_out.is_set():
-        return f"{test}: no end"
-    if failure:
-        return failure[1]
-    return "" if status == 0 and has_totals else f"{test}: exit status {status}"
+        return [f"{test}: no end"]
+    # The exit status is the number of failures.
+    if failures and not goes_on or has_totals and status == len(failures):
+        return failures
+    return [f"{test}: exit status {status}"]
 
 
-def end(process, is_kind):
-    """Ends a test and its children; kindly, where a launcher has to end what it has launched."""
+def kill(process, has_launcher):
+    """Kills a test and its children. A launcher gets SIGTERM first, so that it can stop its display."""
     with contextlib.suppress(ProcessLookupError):
-        if is_kind:
+        if has_launcher:
             os.killpg(process.pid, signal.SIGTERM)
             with contextlib.suppress(subprocess.TimeoutExpired):
                 process.wait(5)
@@ -105,24 +120,24 @@ def end(process, is_kind):
 class Coverage:
     """Which functions of the tests run which lines of the program."""
 
-    def __init__(self, build, runner, tests, sources, jobs):
-        self._build, self._runner, self._tests = build, runner, tests
+    def __init__(self, build, runner, sources, jobs):
+        self._build, self._runner = build, runner
         self._folder = build.folder / "coverage"
         objects = [each for file in sources if file.endswith(".cpp") for each in build.objects_of(LIBRARY, file)]
         build.link(LIBRARY, objects, self._folder, ["--coverage"])
         self._sources = sources
         with concurrent.futures.ThreadPoolExecutor(jobs) as executor:
-            names = [(test, name) for test in tests for name in runner.function_names(test)]
-            self._functions = list(executor.map(self._measured, *zip(*names)))
-        self._run_lines = set().union(*(each.lines for each in self._functions))
+            names = [(test, name) for test in build.tests for name in runner.function_names(test)]
+            self.functions = list(executor.map(self._measured, *zip(*names)))
+        self._run_lines = set().union(*(each.lines for each in self.functions))
 
     def _measured(self, test, name):
-        program = self._build.folder / program_of(test)
+        program = self._build.folder / self._build.program_of(test)
         with tempfile.TemporaryDirectory() as counters:
             begin = time.monotonic()
-            failure = self._runner.first_failure(test, [name], 120, program, self._folder, GCOV_PREFIX=counters)
-            if failure:
-                raise RunStops(f"without any break: {failure} fails")
+            failures = self._runner.failures(test, [name], 120, program, self._folder, GCOV_PREFIX=counters)
+            if failures:
+                raise RunStops(f"without any break: {failures[0]} fails")
             return Function(test, name, time.monotonic() - begin, self._lines(pathlib.Path(counters)))
 
     def _lines(self, counters):
@@ -140,14 +155,14 @@ class Coverage:
         return lines
 
     def functions_for(self, broken):
-        """The functions that may notice a break: those that run its line, and those whose program is made of its file.
+        """The functions that may notice a break: those that run its line, and those whose program includes its file.
 
-        Where the counters know of no run, as for a constant, all that run anything of what the file is compiled into.
+        A constant has no counter. Its break may be noticed by all that run a line of an object that includes its file.
         """
         lines = {(broken.file, broken.line())}
         if not lines & self._run_lines:
             objects = set(self._build.objects_of(LIBRARY, broken.file))
             files = {file for file in self._sources if objects & set(self._build.objects_of(LIBRARY, file))}
             lines = {line for line in self._run_lines if line[0] in files}
-        tests = {test for test in self._tests if self._build.objects_of(program_of(test), broken.file)}
-        return [each for each in self._functions if each.test in tests or not lines.isdisjoint(each.lines)]
+        tests = {test for test in self._build.tests if self._build.objects_of(self._build.program_of(test), broken.file)}
+        return [each for each in self.functions if each.test in tests or not lines.isdisjoint(each.lines)]
