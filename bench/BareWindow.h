@@ -4,7 +4,7 @@
 #include <QSerialPort>
 #include <QWidget>
 
-/** Up at speed 5, the default. */
+/** The frame of the Up button at speed 5, the default. */
 constexpr char MoveUpFrame[] = {'\x81', '\x01', '\x06', '\x01', '\x05', '\x05', '\x03', '\x01', '\xFF'};
 
 /**

@@ -31,7 +31,7 @@ public:
 private:
     static void report(QWindow* window)
     {
-        // The display answers this only when it has done everything that it was asked before.
+        // The X server answers this request only after it has handled all earlier ones.
         window->screen()->grabWindow(window->winId(), 0, 0, 1, 1);
         static_cast<void>(std::puts(qPrintable(window->title())));
         static_cast<void>(std::fflush(stdout));

@@ -26,17 +26,17 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int FrameSize = sizeof(MoveUpFrame);
 
-// Few enough to fit into the line's buffers, many enough that a pause between two batches weighs nothing.
+// So few fit into the buffers of the line. They are so many that the pause between two batches hardly counts.
 constexpr int CommandsPerBatch = 100;
 
-/** Runs the event loop until this many bytes have arrived at the far end of the line; takes them. */
+/** Runs the event loop until this many bytes have arrived at the far end of the line, and reads them. */
 void take(PseudoTerminal& line, int count)
 {
     for (int arrived = line.read().size(); arrived < count; arrived += line.read().size())
         QCoreApplication::processEvents();
 }
 
-/** What a press or release of the left mouse button in the middle of the widget sends to it. */
+/** The event of a press or release of the left mouse button in the middle of the widget. */
 QMouseEvent mouseEvent(QEvent::Type type, const QWidget& widget)
 {
     const QPoint middle = widget.rect().center();
@@ -44,7 +44,7 @@ QMouseEvent mouseEvent(QEvent::Type type, const QWidget& widget)
     return {type, middle, widget.mapToGlobal(middle), Qt::LeftButton, held, Qt::NoModifier};
 }
 
-/** From `press` until the whole frame that `port` sends is readable at the far end of the line. */
+/** Measures from `press` until the whole frame that `port` sends can be read at the far end of the line. */
 template <class Press, class Release>
 void press(State& state, PseudoTerminal& line, const QSerialPort& port, int bytesOnRelease, Press press,
            Release release)
@@ -52,8 +52,7 @@ void press(State& state, PseudoTerminal& line, const QSerialPort& port, int byte
     for ([[maybe_unused]] auto _ : state) {
         const auto begin = Clock::now();
         press();
-        // The event loop runs only as long as the frame needs it: what is drawn after the frame takes no
-        // part.
+        // Run the event loop only until the frame is sent: what is drawn later does not count.
         while (port.bytesToWrite() > 0)
             QCoreApplication::processEvents();
         for (int arrived = line.read().size(); arrived < FrameSize; arrived += line.read().size())
@@ -66,7 +65,7 @@ void press(State& state, PseudoTerminal& line, const QSerialPort& port, int byte
     }
 }
 
-/** What `operation` costs, which writes one frame to the line. */
+/** Measures `operation`, which writes one frame to the line. */
 template <class Operation> void command(State& state, PseudoTerminal& line, Operation operation)
 {
     for ([[maybe_unused]] auto _ : state) {
@@ -88,7 +87,7 @@ std::vector<std::string> linesOf(const QString& logPath)
     return lines;
 }
 
-/** What `handleBurst` takes, which fills a log that is not there yet. */
+/** Measures `handleBurst`, which begins a new log. */
 template <class Operation> void replies(State& state, const QString& logPath, Operation handleBurst)
 {
     for ([[maybe_unused]] auto _ : state) {
@@ -100,7 +99,8 @@ template <class Operation> void replies(State& state, const QString& logPath, Op
     state.SetItemsProcessed(RepliesPerBurst);
 }
 
-/** From the button's signal until the dialog lists the ports and the display has been asked to show it. */
+/** Measures from the button's signal until the dialog lists the ports and the display was asked to show it.
+ */
 void openSettings(State& state, QPushButton& settingsButton, QWidget& dialog)
 {
     for ([[maybe_unused]] auto _ : state) {
@@ -124,8 +124,8 @@ void enumeratePorts(State& state)
     }
 }
 
-// Short runs of the program and of its floor take turns in random order, so that what else the machine does
-// falls on both alike.
+// Short runs of the program and of its floor alternate in random order, so that other work of the machine
+// slows both equally.
 template <class Function> void measurePress(const char* name, Function function)
 {
     benchmark::RegisterBenchmark(name, function)->UseManualTime()->Iterations(1)->Repetitions(501);
@@ -189,7 +189,14 @@ int main(int argc, char** argv)
         press(state, bareLine, bare.port, 0, clicks(bareButton, QEvent::MouseButtonPress),
               clicks(bareButton, QEvent::MouseButtonRelease));
     });
-    measureCommand("command/program", [&](State& state) { command(state, camera, [&] { link->moveUp(); }); });
+    measureCommand("command/program", [&](State& state) {
+        command(state, camera, [&] {
+            link->moveUp();
+            // The event loop writes the frame.
+            while (port->bytesToWrite() > 0)
+                QCoreApplication::processEvents();
+        });
+    });
     measureCommand("command/floor", [&](State& state) {
         command(state, plainLine, [&] {
             writePlainLogLine(plainLogPath, "MoveUp\n");

@@ -5,14 +5,14 @@
 #include <QByteArray>
 #include <QString>
 
-/** How many replies a burst has: few enough to fit into the line's buffers. */
+/** The number of replies in a burst, which fits into the buffers of the line. */
 constexpr int RepliesPerBurst = 500;
 
-/** Acknowledges and completions by turns, three bytes each, and one error reply at the end. */
+/** Acknowledgements and completions in turn, three bytes each, and an error reply at the end. */
 QByteArray replyBurst();
 
 /**
- * Sends the burst to the connected program and runs the event loop until the last line that it causes stands
- * in the activity log.
+ * Sends the burst to the connected program and runs the event loop until the last entry that it causes is in
+ * the activity log.
  */
 void handle(const QByteArray& burst, PseudoTerminal& line, const QString& logPath);

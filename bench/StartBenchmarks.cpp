@@ -15,10 +15,11 @@ namespace {
 using benchmark::State;
 using Clock = std::chrono::steady_clock;
 
-// Long after the first frame, so that whatever a program puts off is in its memory too.
+// Long after the first frame, so that the memory includes what a program creates later.
 constexpr unsigned long SettleMs = 200;
 
-/** From the start of the process until its first window, with this title, has its content on the screen. */
+/** Measures from the start of the process until the content of its first window, with this title, is on the
+ * screen. */
 void start(State& state, const char* path, const char* title)
 {
     double memory = 0;
