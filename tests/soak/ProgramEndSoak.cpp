@@ -1,7 +1,7 @@
 #include "soak/Soak.h"
 #include "support/Desk.h"
-#include "window/Desktop.h"
-#include "window/Window.h"
+#include "system/window/Desktop.h"
+#include "system/window/Window.h"
 
 #include <QProcess>
 #include <QPushButton>

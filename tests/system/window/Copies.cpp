@@ -1,4 +1,4 @@
-#include "window/Copies.h"
+#include "system/window/Copies.h"
 
 #include "ui/AppFocusRing.h"
 
@@ -6,7 +6,7 @@
 
 CopyingApplication::CopyingApplication()
 {
-    qputenv("FONTCONFIG_FILE", SOURCE_DIR "/tests/window/fonts.conf");
+    qputenv("FONTCONFIG_FILE", SOURCE_DIR "/tests/system/window/fonts.conf");
     qputenv("LC_ALL", "C.UTF-8");
     qputenv("QT_FONT_DPI", "96");
     qputenv("QT_QPA_PLATFORMTHEME", "generic");

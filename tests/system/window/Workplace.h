@@ -4,10 +4,10 @@
 #include "support/CameraEnd.h"
 #include "support/Form.h"
 #include "support/PrivateProfile.h"
-#include "window/Copies.h"
-#include "window/Desktop.h"
-#include "window/RunningProgram.h"
-#include "window/Window.h"
+#include "system/window/Copies.h"
+#include "system/window/Desktop.h"
+#include "system/window/RunningProgram.h"
+#include "system/window/Window.h"
 
 #include <QByteArrayList>
 #include <QStringList>

@@ -1,4 +1,4 @@
-#include "window/X11Desktop.h"
+#include "system/window/X11Desktop.h"
 
 #include <QRegularExpression>
 

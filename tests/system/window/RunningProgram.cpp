@@ -1,4 +1,4 @@
-#include "window/RunningProgram.h"
+#include "system/window/RunningProgram.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -1,6 +1,6 @@
 """What a user with a real adapter does and sees. Each story is checked inside the virtual machine and at the camera.
 
-Started by tests/machine/run, which says how.
+Started by tests/system/machine/run, which says how.
 """
 
 import contextlib

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "window/Desktop.h"
+#include "system/window/Desktop.h"
 
 #include <QFile>
 #include <QRect>

@@ -1,7 +1,7 @@
-#include "window/Window.h"
+#include "system/window/Window.h"
 
 #include "support/Form.h"
-#include "window/Desktop.h"
+#include "system/window/Desktop.h"
 
 #include <QCheckBox>
 #include <QSlider>

@@ -564,7 +564,7 @@ void SettingsStoreTest::namesWrittenWithAnyQtAreReadAndKept_data()
 {
     QTest::addColumn<QString>("file");
     for (const char* file : {"qt-5.15.8.ini", "qt-6.4.2.ini"})
-        QTest::newRow(file) << SOURCE_DIR "/tests/settings-files/" + QString(file);
+        QTest::newRow(file) << SOURCE_DIR "/tests/settings/files/" + QString(file);
 }
 
 void SettingsStoreTest::namesWrittenWithAnyQtAreReadAndKept()

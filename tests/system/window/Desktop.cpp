@@ -1,7 +1,7 @@
-#include "window/Desktop.h"
+#include "system/window/Desktop.h"
 
-#include "window/WaylandDesktop.h"
-#include "window/X11Desktop.h"
+#include "system/window/WaylandDesktop.h"
+#include "system/window/X11Desktop.h"
 
 #include <QProcess>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "window/Desktop.h"
+#include "system/window/Desktop.h"
 
 struct xcb_connection_t;
 

@@ -2,6 +2,7 @@
 #include "support/Form.h"
 
 #include "ui/AppSettingWin.h"
+#include "ui/AppSettingsPlace.h"
 #include "ui_AppSettingWin.h"
 
 #include <QAccessible>
@@ -747,6 +748,18 @@ private slots:
         desk.find<QPushButton>("preset1Btn")->click();
         QCOMPARE(desk.camera.nextFrame(), QByteArray("81 01 04 3f 02 01 ff"));
         QVERIFY(desk.user.boxes().isEmpty());
+    }
+
+    void itOpensFromAWindowThatWasNeverShown()
+    {
+        const Desk desk;
+        AppMainWin hidden(nullptr);
+        auto* settings = hidden.findChild<QDialog*>();
+        const AppSettingsPlace place(settings);
+
+        QMetaObject::invokeMethod(&hidden, "onSettingsBtnClicked");
+
+        QVERIFY(settings->isVisible());
     }
 
 private:

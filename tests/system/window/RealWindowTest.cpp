@@ -1,5 +1,5 @@
-#include "window/Looks.h"
-#include "window/Workplace.h"
+#include "system/window/Looks.h"
+#include "system/window/Workplace.h"
 
 #include <QAbstractItemView>
 #include <QComboBox>
@@ -131,7 +131,7 @@ void holdUp(Workplace& place)
 
 /**
  * The program as its user meets it: started, seen and steered from outside. After a change of the looks,
- * tests/renew-screenshots stores the pictures anew; look at them before you keep them.
+ * tests/system/renew-screenshots stores the pictures anew; look at them before you keep them.
  */
 class RealWindowTest : public QObject
 {

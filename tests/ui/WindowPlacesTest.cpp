@@ -1,9 +1,7 @@
 // Where the windows are on a display with a window manager, which gives them frames.
 
 #include "support/Desk.h"
-#include "ui/AppSettingsPlace.h"
 
-#include <QDialog>
 #include <QProcess>
 #include <QPushButton>
 #include <QScreen>
@@ -84,7 +82,6 @@ private slots:
     void theSettingsOpenBesideTheControllerWhereverItIs();
     void withoutRoomAtTheRightTheSettingsOpenAtTheLeft();
     void theSettingsStayWhereTheUserHasMovedThem();
-    void theSettingsOpenFromAWindowThatWasNeverShown();
 };
 
 void WindowPlacesTest::theSettingsOpenBesideTheControllerWhereverItIs_data()
@@ -131,18 +128,6 @@ void WindowPlacesTest::theSettingsStayWhereTheUserHasMovedThem()
         QVERIFY(windows.openSettings());
         QTRY_COMPARE(placeOnScreen(windows.settings), place);
     }
-}
-
-void WindowPlacesTest::theSettingsOpenFromAWindowThatWasNeverShown()
-{
-    Desk desk;
-    AppMainWin hidden(nullptr);
-    auto* settings = hidden.findChild<QDialog*>();
-    const AppSettingsPlace place(settings);
-
-    QMetaObject::invokeMethod(&hidden, "onSettingsBtnClicked");
-
-    QVERIFY(settings->isVisible());
 }
 
 QTEST_APPLESS_MAIN(WindowPlacesTest)

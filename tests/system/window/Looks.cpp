@@ -1,4 +1,4 @@
-#include "window/Looks.h"
+#include "system/window/Looks.h"
 
 #include "support/Form.h"
 
@@ -25,8 +25,8 @@ constexpr int MostDifferingPercent = 6;
 // A look that is being stored for the first time has nothing to be waited for.
 constexpr int SettleMs = 600;
 
-constexpr char Folder[] = SOURCE_DIR "/tests/screenshots/";
-constexpr char Readme[] = SOURCE_DIR "/tests/screenshots/README.md";
+constexpr char Folder[] = SOURCE_DIR "/tests/system/screenshots/";
+constexpr char Readme[] = SOURCE_DIR "/tests/system/screenshots/README.md";
 
 constexpr QRgb Grey = 0xff808080;
 constexpr QRgb LightGrey = 0xffc9c9c9;
@@ -50,9 +50,9 @@ QString presentSystem()
 // What stands beside the pictures that were made on a system.
 QByteArray readmeOf(const QString& system)
 {
-    return QString("The windows as tests/renew-screenshots has stored them, with\n\n"
+    return QString("The windows as tests/system/renew-screenshots has stored them, with\n\n"
                    "    %1\n\n"
-                   "and the font of `tests/window/fonts.conf`. They are compared there, and nowhere else.\n")
+                   "and the font of `tests/system/window/fonts.conf`. They are compared there, and nowhere else.\n")
         .arg(system)
         .toUtf8();
 }

@@ -1,4 +1,4 @@
-#include "window/WaylandDesktop.h"
+#include "system/window/WaylandDesktop.h"
 
 #include "virtual-keyboard-client-protocol.h"
 #include "virtual-pointer-client-protocol.h"
