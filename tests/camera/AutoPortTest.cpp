@@ -1,6 +1,7 @@
 #include "SerialCamera.h"
 #include "UsbBus.h"
 #include "support/CameraEnd.h"
+#include "support/Frames.h"
 #include "support/MessageBoxWatcher.h"
 #include "support/PrivateProfile.h"
 #include "support/Program.h"
@@ -136,7 +137,7 @@ void AutoPortTest::theFirstListedAdapterWins()
     QVERIFY(program.app.serial->isConnected());
     QCOMPARE(profile.log(), QStringList{firstPort});
     program.app.serial->zoomStop();
-    QCOMPARE(firstCamera.nextFrame(), QByteArray("81 01 04 07 00 ff"));
+    QCOMPARE(firstCamera.nextFrame(), QByteArray(ZoomStop));
     QCOMPARE(secondCamera.pending(), QByteArray());
     QCOMPARE(user.texts(), QStringList());
 }
@@ -258,12 +259,12 @@ void AutoPortTest::theCameraIsDrivenThroughTheAdapter()
     QCOMPARE(status(program), "Connected to Port: AUTO\tBaudRate: 9600");
 
     QTest::mousePress(program.find<QPushButton>("upBtn"), Qt::LeftButton);
-    QCOMPARE(camera.nextFrame(), QByteArray("81 01 06 01 05 05 03 01 ff"));
+    QCOMPARE(camera.nextFrame(), QByteArray(Up));
     camera.reply("90 41 ff");
     QTRY_COMPARE(profile.log(), QStringList({name, "MoveUp", "9041ff", "Analyze Buffer", "-90-41-ff-3"}));
 
     QTest::mouseRelease(program.find<QPushButton>("upBtn"), Qt::LeftButton);
-    QCOMPARE(camera.nextFrame(), QByteArray("81 01 06 01 05 05 03 03 ff"));
+    QCOMPARE(camera.nextFrame(), QByteArray(Stop));
     QCOMPARE(user.texts(), QStringList());
 }
 
@@ -302,7 +303,7 @@ void AutoPortTest::aPulledAdapterIsReportedOnceAndConnectFindsItAgain()
     QCOMPARE(connectButtonText(program), "Disconnect");
     QCOMPARE(status(program), "Connected to Port: AUTO\tBaudRate: 9600");
     click(program, "preset1Btn");
-    QCOMPARE(cameraAgain.nextFrame(), QByteArray("81 01 04 3f 02 01 ff"));
+    QCOMPARE(cameraAgain.nextFrame(), recallPreset(1));
     QCOMPARE(profile.log(), QStringList({name, nameAgain, "Call Preset1"}));
     QCOMPARE(user.boxes().size(), 1);
     QCOMPARE(user.boxes().constFirst().title, "Vantrel");
@@ -358,7 +359,7 @@ void AutoPortTest::aPickedPortIsUsedAtTheNextConnect()
 
     QCOMPARE(status(program), "Connected to Port: " + picked + "\tBaudRate: 9600");
     click(program, "preset1Btn");
-    QCOMPARE(pickedCamera.nextFrame(), QByteArray("81 01 04 3f 02 01 ff"));
+    QCOMPARE(pickedCamera.nextFrame(), recallPreset(1));
     QCOMPARE(foundCamera.pending(), QByteArray());
     // Only a port that was searched for is logged.
     QCOMPARE(profile.log(), QStringList({found, "Call Preset1"}));

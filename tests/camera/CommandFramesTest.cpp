@@ -1,4 +1,5 @@
 #include "support/Desk.h"
+#include "support/Frames.h"
 
 #include <QElapsedTimer>
 #include <QTimer>
@@ -9,11 +10,6 @@ using Command = void (AppVantrelSerial::*)();
 Q_DECLARE_METATYPE(Command)
 
 namespace {
-
-constexpr char Stop[] = "81 01 06 01 05 05 03 03 ff";
-constexpr char Home[] = "81 01 06 04 ff";
-constexpr char WidestView[] = "81 01 04 07 37 ff";
-constexpr char ZoomStop[] = "81 01 04 07 00 ff";
 
 constexpr int HomeZoomDelayMs = 1000;
 
@@ -324,7 +320,7 @@ void CommandFramesTest::homeZoomsToTheWidestViewOneSecondLater()
     QVERIFY(timers.constFirst()->isSingleShot());
     // Any other kind may be 5 % early, and mostly is not.
     QCOMPARE(timers.constFirst()->timerType(), Qt::PreciseTimer);
-    QCOMPARE(desk.camera.nextFrame(), WidestView);
+    QCOMPARE(desk.camera.nextFrame(), FullWide);
     QVERIFY(clock.elapsed() >= HomeZoomDelayMs);
     QCOMPARE(desk.profile.log(), QStringList("Home"));
     QCOMPARE(followUpsOf(desk.link()), "fired");
@@ -340,8 +336,8 @@ void CommandFramesTest::secondHomeSendsAFollowUpOfItsOwn()
     QCOMPARE(desk.camera.nextFrame(), Home);
     QCOMPARE(desk.camera.nextFrame(), Home);
     QCOMPARE(followUpsOf(desk.link()), "running running");
-    QCOMPARE(desk.camera.nextFrame(), WidestView);
-    QCOMPARE(desk.camera.nextFrame(), WidestView);
+    QCOMPARE(desk.camera.nextFrame(), FullWide);
+    QCOMPARE(desk.camera.nextFrame(), FullWide);
     QCOMPARE(followUpsOf(desk.link()), "fired fired");
     QCOMPARE(desk.profile.log(), QStringList({"Home", "Home"}));
 }
@@ -353,7 +349,7 @@ void CommandFramesTest::homeFollowUpIgnoresTheZoomSpeed()
     desk.link()->moveHome();
 
     QCOMPARE(desk.camera.nextFrame(), Home);
-    QCOMPARE(desk.camera.nextFrame(), WidestView);
+    QCOMPARE(desk.camera.nextFrame(), FullWide);
 }
 
 void CommandFramesTest::homeFollowUpIsDroppedWhereThePortWasClosedMeanwhile()
@@ -381,7 +377,7 @@ void CommandFramesTest::homeFollowUpGoesToThePortOpenThen()
     desk.link()->closeSerialPort();
     desk.link()->openSerialPort();
 
-    QCOMPARE(desk.camera.nextFrame(), WidestView);
+    QCOMPARE(desk.camera.nextFrame(), FullWide);
 }
 
 void CommandFramesTest::homeOnAClosedLineStillArmsItsFollowUp()
@@ -392,7 +388,7 @@ void CommandFramesTest::homeOnAClosedLineStillArmsItsFollowUp()
     desk.link()->moveHome();
     desk.link()->openSerialPort();
 
-    QCOMPARE(desk.camera.nextFrame(), WidestView);
+    QCOMPARE(desk.camera.nextFrame(), FullWide);
 }
 
 void CommandFramesTest::programEndsWithAFollowUpPending()

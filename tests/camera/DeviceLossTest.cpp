@@ -1,4 +1,5 @@
 #include "support/Desk.h"
+#include "support/Frames.h"
 #include "support/LinkSignals.h"
 
 #include <QLabel>
@@ -12,8 +13,6 @@
 
 namespace {
 
-constexpr char Up[] = "81 01 06 01 05 05 03 01 ff";
-constexpr char ZoomStop[] = "81 01 04 07 00 ff";
 constexpr char Lost[] = "Connect, Device disconnected, closed, told once, onDeviceDisconnected";
 
 // How the window and the link stand, and what the user and the window have been told of it.

@@ -1,4 +1,5 @@
 #include "support/Desk.h"
+#include "support/Frames.h"
 #include "support/LinkSignals.h"
 
 #include <QMetaMethod>
@@ -8,8 +9,6 @@
 #include <termios.h>
 
 namespace {
-
-constexpr char ZoomStop[] = "81 01 04 07 00 ff";
 
 QSerialPort* portOf(const AppVantrelSerial* link)
 {

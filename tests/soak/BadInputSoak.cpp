@@ -1,5 +1,6 @@
 #include "soak/Soak.h"
 #include "support/Desk.h"
+#include "support/Frames.h"
 
 #include <QLineEdit>
 #include <QPushButton>
@@ -9,9 +10,6 @@
 #include <limits>
 
 namespace {
-
-constexpr char Up[] = "81 01 06 01 05 05 03 01 ff";
-constexpr char Stop[] = "81 01 06 01 05 05 03 03 ff";
 
 /** The errors that a QSerialPort reports when it is opened with these settings. */
 QStringList openErrors(const QString& name, int baudRate)

@@ -1,5 +1,6 @@
 #include "soak/Soak.h"
 #include "support/Desk.h"
+#include "support/Frames.h"
 
 #include <QAbstractEventDispatcher>
 #include <QAction>
@@ -15,8 +16,6 @@
 
 namespace {
 
-constexpr char Up[] = "81 01 06 01 05 05 03 01 ff";
-constexpr char Stop[] = "81 01 06 01 05 05 03 03 ff";
 constexpr qint64 LeakAllowance = 65536;
 
 /** A connected program. Its camera is plugged in and pulled like a USB adapter, always with the same port

@@ -1,5 +1,6 @@
 #include "soak/Soak.h"
 #include "support/Desk.h"
+#include "support/Frames.h"
 #include "system/window/Desktop.h"
 #include "system/window/Window.h"
 
@@ -10,8 +11,6 @@
 
 namespace {
 
-constexpr char Up[] = "81 01 06 01 05 05 03 01 ff";
-constexpr char Stop[] = "81 01 06 01 05 05 03 03 ff";
 constexpr char MainWindowTitle[] = "Vantrel Controller";
 
 /** Where the Up button is in the main window. */

@@ -1,5 +1,6 @@
 #include "soak/Soak.h"
 #include "support/Desk.h"
+#include "support/Frames.h"
 #include "support/StoreAlone.h"
 
 #include <QLineEdit>
@@ -17,8 +18,6 @@
 namespace {
 
 constexpr char WriterArgument[] = "--change-settings";
-constexpr char Up[] = "81 01 06 01 05 05 03 01 ff";
-constexpr char Stop[] = "81 01 06 01 05 05 03 03 ff";
 constexpr char CompleteFile[] = "[General]\n"
                                 "comport=%1\n"
                                 "baudrate=19200\n"

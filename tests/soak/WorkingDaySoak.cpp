@@ -1,5 +1,6 @@
 #include "soak/Soak.h"
 #include "support/Desk.h"
+#include "support/Frames.h"
 #include "support/ReplyModel.h"
 
 #include <QDeadlineTimer>
@@ -12,7 +13,6 @@ namespace {
 constexpr const char* Directions[] = {"up", "down", "left", "right"};
 constexpr const char* DirectionNames[] = {"Up", "Down", "Left", "Right"};
 constexpr const char* DirectionBytes[] = {"03 01", "03 02", "01 03", "02 03"};
-constexpr char HomeView[] = "81 01 04 07 37 ff";
 constexpr int ConnectEvery = 50;
 constexpr int ActionsPerTurn = 20;
 constexpr int LineTimeoutMs = 10000;
@@ -172,7 +172,7 @@ private:
     {
         while (!frames.isEmpty()) {
             const QByteArray frame = desk.camera.nextFrame();
-            if (frame == HomeView) {
+            if (frame == FullWide) {
                 ++homeViews;
                 continue;
             }
@@ -184,7 +184,7 @@ private:
         // Only the second commands of Home may come now.
         while (!desk.camera.pending().isEmpty()) {
             const QByteArray frame = desk.camera.nextFrame();
-            if (frame != HomeView)
+            if (frame != FullWide)
                 return "sent \"" + frame + "\" for nothing";
             ++homeViews;
         }

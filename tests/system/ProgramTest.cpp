@@ -1,4 +1,5 @@
 #include "support/CameraEnd.h"
+#include "support/Frames.h"
 #include "support/PrivateProfile.h"
 
 #include <QDir>
@@ -9,8 +10,6 @@
 #include <csignal>
 
 namespace {
-
-constexpr char RecallPreset7[] = "81 01 04 3f 02 07 ff";
 
 // The built program as the user starts it.
 class ProgramProcess
@@ -111,7 +110,7 @@ void ProgramTest::connectsAndSendsTheStartUpPreset()
 
     const ProgramProcess program;
 
-    QCOMPARE(camera.nextFrame(), RecallPreset7);
+    QCOMPARE(camera.nextFrame(), recallPreset(7));
     QCOMPARE(profile.log(), QStringList("Call Preset7"));
 }
 
@@ -217,7 +216,7 @@ void ProgramTest::takesNoArgumentsOfItsOwn()
 
     const ProgramProcess program({"--help", "--preset=3", "COM9", "-v"});
 
-    QCOMPARE(camera.nextFrame(), RecallPreset7);
+    QCOMPARE(camera.nextFrame(), recallPreset(7));
     QCOMPARE(program.process.state(), QProcess::Running);
     QCOMPARE(contentOf(profile.settingsFile()), settings);
 }

@@ -1,5 +1,6 @@
 #include "support/Desk.h"
 #include "support/Form.h"
+#include "support/Frames.h"
 
 #include "ui_AppMainWin.h"
 
@@ -231,7 +232,7 @@ private slots:
         QCOMPARE(status, statusText(camera.portName(), 115200));
         QCOMPARE(toolTips.at(3), QString("Altar"));
         QCOMPARE(log, QStringList({"Call Preset12"}));
-        QCOMPARE(recall, QByteArray("81 01 04 3f 02 0c ff"));
+        QCOMPARE(recall, recallPreset(12));
     }
 
     void theWindowAppearsAsWideAsItStays()
@@ -391,11 +392,11 @@ private slots:
     void everyConnectionRecallsTheStartUpPreset()
     {
         Desk desk({{"startuppreset", 64}, {"isstartuppreset", true}});
-        QCOMPARE(desk.camera.nextFrame(), QByteArray("81 01 04 3f 02 40 ff"));
+        QCOMPARE(desk.camera.nextFrame(), recallPreset(64));
 
         desk.find<QPushButton>("connectBtn")->click();
         desk.find<QPushButton>("connectBtn")->click();
-        QCOMPARE(desk.camera.nextFrame(), QByteArray("81 01 04 3f 02 40 ff"));
+        QCOMPARE(desk.camera.nextFrame(), recallPreset(64));
         QCOMPARE(desk.profile.log(), QStringList({"Call Preset64", "Call Preset64"}));
     }
 
@@ -448,13 +449,13 @@ private slots:
         QCOMPARE(statusLabel(desk.program->app.mainWin)->text(), statusText(desk.camera.portName()));
         QVERIFY(desk.link()->isConnected());
         desk.find<QPushButton>("preset1Btn")->click();
-        QCOMPARE(desk.camera.nextFrame(), QByteArray("81 01 04 3f 02 01 ff"));
+        QCOMPARE(desk.camera.nextFrame(), recallPreset(1));
 
         desk.find<QPushButton>("connectBtn")->click();
         desk.find<QPushButton>("connectBtn")->click();
         QCOMPARE(statusLabel(desk.program->app.mainWin)->text(), statusText(other.portName(), 19200));
         desk.find<QPushButton>("preset2Btn")->click();
-        QCOMPARE(other.nextFrame(), QByteArray("81 01 04 3f 02 02 ff"));
+        QCOMPARE(other.nextFrame(), recallPreset(2));
     }
 
     void otherSignalsOfTheLinkChangeNothing()

@@ -1,4 +1,5 @@
 #include "support/Desk.h"
+#include "support/Frames.h"
 #include "support/PaintCounter.h"
 #include "ui/AppKeyRepeat.h"
 
@@ -10,17 +11,6 @@
 #include <QtTest>
 
 namespace {
-
-constexpr char Up[] = "81 01 06 01 05 05 03 01 ff";
-constexpr char Down[] = "81 01 06 01 05 05 03 02 ff";
-constexpr char Left[] = "81 01 06 01 05 05 01 03 ff";
-constexpr char Right[] = "81 01 06 01 05 05 02 03 ff";
-constexpr char Stop[] = "81 01 06 01 05 05 03 03 ff";
-constexpr char Home[] = "81 01 06 04 ff";
-constexpr char ZoomIn[] = "81 01 04 07 25 ff";
-constexpr char ZoomOut[] = "81 01 04 07 35 ff";
-constexpr char ZoomStop[] = "81 01 04 07 00 ff";
-constexpr char SetPreset3[] = "81 01 04 3f 01 03 ff";
 
 struct Control
 {
@@ -363,7 +353,7 @@ private slots:
         QCOMPARE(desk.profile.log(), QStringList({control.logLine, control.stopLogLine}));
         QTest::mouseClick(desk.find<QAbstractButton>("connectBtn"), Qt::LeftButton);
         QTest::mouseClick(desk.find<QAbstractButton>("preset1Btn"), Qt::LeftButton);
-        QCOMPARE(desk.camera.nextFrame(), QByteArray("81 01 04 3f 02 01 ff"));
+        QCOMPARE(desk.camera.nextFrame(), recallPreset(1));
         QVERIFY(desk.user.boxes().isEmpty());
     }
 
@@ -608,7 +598,7 @@ private slots:
         desk.find<QAbstractButton>("setBtn")->click();
         held.release();
 
-        QCOMPARE(desk.camera.nextFrame(), QByteArray(SetPreset3));
+        QCOMPARE(desk.camera.nextFrame(), QByteArray(setPreset(3)));
         QCOMPARE(desk.camera.nextFrame(), QByteArray(Stop));
         QCOMPARE(desk.profile.log(), QStringList({"MoveDown", "Set Preset3", "MoveStop"}));
     }

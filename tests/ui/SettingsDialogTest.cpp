@@ -1,5 +1,6 @@
 #include "support/Desk.h"
 #include "support/Form.h"
+#include "support/Frames.h"
 
 #include "ui/AppSettingWin.h"
 #include "ui/AppSettingsPlace.h"
@@ -732,7 +733,7 @@ private slots:
 
         desk.find<QPushButton>("connectBtn")->click();
         desk.find<QPushButton>("connectBtn")->click();
-        QCOMPARE(desk.camera.nextFrame(), QByteArray("81 01 04 3f 02 21 ff"));
+        QCOMPARE(desk.camera.nextFrame(), recallPreset(33));
     }
 
     void theDialogLeavesAnOpenConnectionAlone()
@@ -746,7 +747,7 @@ private slots:
         QVERIFY(desk.link()->isConnected());
         QCOMPARE(statusText(desk), status);
         desk.find<QPushButton>("preset1Btn")->click();
-        QCOMPARE(desk.camera.nextFrame(), QByteArray("81 01 04 3f 02 01 ff"));
+        QCOMPARE(desk.camera.nextFrame(), recallPreset(1));
         QVERIFY(desk.user.boxes().isEmpty());
     }
 

@@ -1,5 +1,6 @@
 #include "AccessibilityBus.h"
 #include "support/CameraEnd.h"
+#include "support/Frames.h"
 #include "support/PrivateProfile.h"
 
 #include <QProcess>
@@ -82,9 +83,6 @@ constexpr Control SettingsControls[] = {
     {Slider, "Zoom Speed", BySteps},
 };
 
-constexpr char Stop[] = "81 01 06 01 05 05 03 03 ff";
-constexpr char ZoomStop[] = "81 01 04 07 00 ff";
-
 /** What the camera receives of a button that is pressed and let go, with the speeds that a fresh account has.
  */
 struct Motion
@@ -99,9 +97,6 @@ constexpr Motion Motions[] = {
     {"Move Right", "81 01 06 01 05 05 02 03 ff", Stop}, {"Zoom In", "81 01 04 07 25 ff", ZoomStop},
     {"Move Down", "81 01 06 01 05 05 03 02 ff", Stop},  {"Zoom Out", "81 01 04 07 35 ff", ZoomStop},
 };
-
-constexpr char Home[] = "81 01 06 04 ff";
-constexpr char FullWide[] = "81 01 04 07 37 ff";
 
 QByteArray recallOf(int preset)
 {

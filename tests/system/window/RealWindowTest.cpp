@@ -1,3 +1,5 @@
+#include "support/Frames.h"
+
 #include "system/window/Looks.h"
 #include "system/window/Workplace.h"
 
@@ -18,16 +20,6 @@ namespace {
 constexpr int FewKeyRepeatsMs = 900;
 
 // What the camera receives, with the speeds that a fresh account has.
-constexpr char Up[] = "81 01 06 01 05 05 03 01 ff";
-constexpr char Down[] = "81 01 06 01 05 05 03 02 ff";
-constexpr char Left[] = "81 01 06 01 05 05 01 03 ff";
-constexpr char Right[] = "81 01 06 01 05 05 02 03 ff";
-constexpr char Stop[] = "81 01 06 01 05 05 03 03 ff";
-constexpr char Home[] = "81 01 06 04 ff";
-constexpr char ZoomIn[] = "81 01 04 07 25 ff";
-constexpr char ZoomOut[] = "81 01 04 07 35 ff";
-constexpr char ZoomStop[] = "81 01 04 07 00 ff";
-constexpr char FullWide[] = "81 01 04 07 37 ff";
 
 QByteArray recallOf(int preset)
 {
