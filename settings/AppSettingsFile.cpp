@@ -20,10 +20,9 @@ bool makeUtf8(const QString& path)
     if (isUtf8(bytes))
         return true;
     QSaveFile converted(path);
-    if (!converted.open(QIODevice::WriteOnly))
-        return false;
-    converted.write(QString::fromLatin1(bytes).toUtf8());
-    return converted.commit();
+    if (converted.open(QIODevice::WriteOnly))
+        converted.write(QString::fromLatin1(bytes).toUtf8());
+    return converted.isOpen() && converted.commit();
 }
 
 } // namespace
