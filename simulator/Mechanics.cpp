@@ -82,9 +82,9 @@ void Mechanics::goTo(double pan, double tilt, int panCode, int tiltCode, Time no
     tiltAxis.goTo(tilt, tiltCode == 0 ? asPan : tiltSpeed(tiltCode), now);
 }
 
-void Mechanics::lensTo(Part part, double target, Time now)
+void Mechanics::lensTo(Parts parts, double target, Time now)
 {
-    forEach(axes, part, [&](Axis& axis) { axis.goTo(target, lensSpeed(axis, fastestLensCode), now); });
+    forEach(axes, parts, [&](Axis& axis) { axis.goTo(target, lensSpeed(axis, fastestLensCode), now); });
 }
 
 void Mechanics::abandonTargets(Parts parts, Time now)

@@ -83,8 +83,8 @@ public:
     /** Goes to a direction in degrees, or as far as the limits allow. Tilt code 0 means the speed of pan. */
     void goTo(double pan, double tilt, int panCode, int tiltCode, Time now);
 
-    /** Goes to a position of the zoom or the focus, or as far as it can, at full speed. */
-    void lensTo(Part part, double target, Time now);
+    /** Sends zoom or focus, or neither, to a position or as far as it can go, at full speed. */
+    void lensTo(Parts parts, double target, Time now);
 
     /** Stops what is on its way to a target among `parts`; leaves alone what is driven. */
     void abandonTargets(Parts parts, Time now);

@@ -1,8 +1,8 @@
 #include "ViscaCamera.h"
 
 #include <algorithm>
-#include <iterator>
-#include <utility>
+#include <map>
+#include <set>
 
 namespace {
 
@@ -83,7 +83,7 @@ std::optional<ViscaCamera::Time> ViscaCamera::nextDue() const
     std::optional<Time> next;
     const auto consider = [&next](Time due) { next = std::min(next.value_or(due), due); };
     if (!pending.empty())
-        consider(pending.front().due);
+        consider(pending.front().first);
     for (const Socket& socket : sockets) {
         if (const auto due = completion(socket))
             consider(*due);
@@ -112,9 +112,9 @@ void ViscaCamera::performNext()
         return events.push_back(
             {Event::Kind::Noise, std::exchange(unfinished, {}), "unfinished frame, forgotten"});
     }
-    const PendingAction next = std::move(pending.front());
+    const auto action = std::move(pending.front().second);
     pending.pop_front();
-    next.action();
+    action();
 }
 
 // A frame runs from its header (80 to 8F) to FF; bytes before a header are noise.
@@ -142,9 +142,7 @@ void ViscaCamera::finishNoise()
 // When nobody expects the rest of an unfinished frame any more.
 std::optional<Time> ViscaCamera::patienceEnds() const
 {
-    if (unfinished.isEmpty())
-        return std::nullopt;
-    return lastByteAt + frameTimeout;
+    return unfinished.isEmpty() ? std::nullopt : std::optional(lastByteAt + frameTimeout);
 }
 
 void ViscaCamera::frameArrived(const QByteArray& frame)
@@ -158,7 +156,7 @@ void ViscaCamera::frameArrived(const QByteArray& frame)
         return reply("x0 60 03 FF", "too many commands at once");
     const Time taken = std::max(clock, nextVideoFrame);
     nextVideoFrame = taken + videoFrame;
-    pending.push_back({taken + replyDelay, std::move(action)});
+    pending.emplace_back(taken + replyDelay, std::move(action));
 }
 
 // What the camera does on a frame, and the frame in words; nothing for a frame that gets no answer.
@@ -215,19 +213,16 @@ void ViscaCamera::refuse()
 bool ViscaCamera::isRefused(Task task) const
 {
     // What is under way, and what is refused then.
-    static constexpr std::pair<Task, Task> refusals[] = {
-        {Task::Drive, Task::Travel},       {Task::Drive, Task::Recall},
-        {Task::Drive, Task::StorePreset},  {Task::Travel, Task::Drive},
-        {Task::Travel, Task::Recall},      {Task::Travel, Task::StorePreset},
-        {Task::Travel, Task::ResetPreset}, {Task::Recall, Task::Drive},
-        {Task::Recall, Task::Travel},      {Task::Recall, Task::StorePreset},
-        {Task::Recall, Task::ResetPreset}, {Task::Recall, Task::Zoom},
+    static const std::map<Task, std::set<Task>> refusals{
+        {Task::Drive, {Task::Travel, Task::Recall, Task::StorePreset}},
+        {Task::Travel, {Task::Drive, Task::Recall, Task::StorePreset, Task::ResetPreset}},
+        {Task::Recall, {Task::Drive, Task::Travel, Task::StorePreset, Task::ResetPreset, Task::Zoom}},
     };
     if (!on)
         return task != Task::Power;
     return rules == BusyRules::Strict &&
-           std::any_of(std::begin(refusals), std::end(refusals), [&](const std::pair<Task, Task>& refusal) {
-               return refusal.second == task && isUnderWay(refusal.first);
+           std::any_of(refusals.begin(), refusals.end(), [&](const auto& refusal) {
+               return refusal.second.count(task) > 0 && isUnderWay(refusal.first);
            });
 }
 
@@ -263,15 +258,14 @@ void ViscaCamera::takeOver(Mechanics::Parts parts)
 
 void ViscaCamera::cancel(int socketNumber)
 {
-    const auto socket = std::find_if(sockets.begin(), sockets.end(), [=](const Socket& candidate) {
-        return candidate.number == socketNumber && candidate.state != Socket::State::Free;
-    });
-    if (socket == sockets.end()) {
-        return reply("x0 6s 05 FF", QString("no such socket, socket %1").arg(socketNumber),
-                     {{'s', socketNumber}});
+    const FrameNumbers number{{'s', socketNumber}};
+    for (Socket& socket : sockets) {
+        if (socket.number != socketNumber || socket.state == Socket::State::Free)
+            continue;
+        release(socket);
+        return reply("x0 6s 04 FF", QString("cancelled, socket %1").arg(socketNumber), number);
     }
-    release(*socket);
-    reply("x0 6s 04 FF", QString("cancelled, socket %1").arg(socketNumber), {{'s', socketNumber}});
+    reply("x0 6s 05 FF", QString("no such socket, socket %1").arg(socketNumber), number);
 }
 
 // A free socket; where there is none, that of a command which a newer one that moves `parts` ends anyway.
@@ -308,15 +302,10 @@ void ViscaCamera::release(Socket& socket)
 
 std::optional<ViscaCamera::Time> ViscaCamera::completion(const Socket& socket) const
 {
-    switch (socket.state) {
-    case Socket::State::Finishing:
-        return socket.completesFrom;
-    case Socket::State::Travelling:
-        return std::max(socket.completesFrom, mechanics.arrival(socket.parts));
-    case Socket::State::Free:
-        break;
-    }
-    return std::nullopt;
+    if (socket.state == Socket::State::Free)
+        return std::nullopt;
+    const bool travels = socket.state == Socket::State::Travelling;
+    return travels ? std::max(socket.completesFrom, mechanics.arrival(socket.parts)) : socket.completesFrom;
 }
 
 void ViscaCamera::syntaxError(const QString& reason)
