@@ -7,10 +7,6 @@ namespace {
 using Time = Mechanics::Time;
 using Parts = Mechanics::Parts;
 
-// Degrees per second: at the fastest codes 80 and 50.
-constexpr double panSpeedPerCode = 80.0 / Mechanics::fastestPanCode;
-constexpr double tiltSpeedPerCode = 50.0 / Mechanics::fastestTiltCode;
-
 // At the standard speed the lens goes from end to end in 4.5 seconds.
 constexpr double lensCrossing = 4.5;
 
@@ -23,14 +19,17 @@ constexpr int atTiltHighLimit = 0x04;
 constexpr int atPanHighLimit = 0x02;
 constexpr int atPanLowLimit = 0x01;
 
+// Degrees per second: at the fastest codes 80 and 50.
 double panSpeed(int code)
 {
-    return std::clamp(code, Mechanics::slowestCode, Mechanics::fastestPanCode) * panSpeedPerCode;
+    return std::clamp(code, Mechanics::slowestCode, Mechanics::fastestPanCode) * 80.0 /
+           Mechanics::fastestPanCode;
 }
 
 double tiltSpeed(int code)
 {
-    return std::clamp(code, Mechanics::slowestCode, Mechanics::fastestTiltCode) * tiltSpeedPerCode;
+    return std::clamp(code, Mechanics::slowestCode, Mechanics::fastestTiltCode) * 50.0 /
+           Mechanics::fastestTiltCode;
 }
 
 // Code 0 is the slowest speed, not a stop.
