@@ -8,8 +8,7 @@
 #include <utility>
 
 /**
- * A dialogue being held with a camera, as its controller, without a line or a clock of its own: the owner
- * tells the time and what the camera said, and passes on what is to be sent.
+ * A dialogue being held with a camera, as its controller, without a line or a clock of its own.
  *
  * A frame is sent when the line is quiet, so that an answer too many or too few is one difference and not
  * one in every later step. A difference and the end stop what the dialogue has set in motion.
@@ -21,7 +20,7 @@ public:
 
     explicit Conversation(const Dialogue& dialogueToHold);
 
-    /** Goes on at `now`, when the camera has said `bytes`, or nothing. */
+    /** Goes on at `now`, when the camera has said `bytes`. */
     void proceed(const QByteArray& bytes, Time now);
 
     /** Sends what stops the camera, now. */
@@ -30,8 +29,7 @@ public:
     /** The bytes to be sent now, if any. */
     QByteArray takeOutput() { return std::exchange(output, {}); }
 
-    /** One line, without its end, for each frame sent and for each answer: the expected one, the one
-     * received, and how many milliseconds after the frame it came. */
+    /** A line for each frame sent and for each answer, with what was expected and its milliseconds. */
     QStringList takeReport() { return std::exchange(report, {}); }
 
     /** When to proceed() if the camera says nothing until then. */
@@ -39,7 +37,7 @@ public:
 
     bool isOver() const { return over; }
 
-    /** Whether not a byte came to its first frames, or to all of them, although answers were expected. */
+    /** Whether not a byte came, although answers were expected. */
     bool isMute() const { return sentCount > 0 && differenceCount > 0 && !heardAnything; }
 
     /** How many answers were missing, wrong, too early or not expected. */

@@ -51,11 +51,6 @@ template <typename Axes, typename Action> void forEach(Axes& axes, Parts parts, 
 
 } // namespace
 
-Mechanics::Position Mechanics::position(Time now) const
-{
-    return {panAxis.position(now), tiltAxis.position(now), zoomAxis.position(now)};
-}
-
 bool Mechanics::isMoving(Parts parts, Time now) const
 {
     bool moves = false;

@@ -63,7 +63,10 @@ public:
         UpRight
     };
 
-    Position position(Time now) const;
+    Position position(Time now) const
+    {
+        return {panAxis.position(now), tiltAxis.position(now), zoomAxis.position(now)};
+    }
 
     double focus(Time now) const { return focusAxis.position(now); }
 

@@ -22,7 +22,7 @@ struct Register
     char blockLetter = 0;
 
     /** The pattern of the answer to its inquiry: what the frame that sets it has beyond the inquiry. */
-    QByteArray answer() const;
+    QByteArray answer() const { return "x0 50" + QByteArray(sets).mid(QByteArray(inquiry).size()) + " FF"; }
 
     bool hasValue(int value) const;
 

@@ -15,10 +15,7 @@ class Replay : public QObject
 public:
     explicit Replay(const Dialogue& dialogue);
 
-    /**
-     * Opens the port (a name or a path; 8 data bits, no parity, one stop bit, no flow control) and begins.
-     * Returns an empty text on success, otherwise the reason of the failure.
-     */
+    /** Opens the port, a name or a path, and begins. Returns an empty text, or why it failed. */
     QString start(const QString& portName, int baudRate);
 
     /** Stops what the dialogue has set in motion, if it is not over. Returns whether it was not. */

@@ -23,8 +23,6 @@ SerialCamera::SerialCamera(const ViscaCamera::Options& options, const ReplyFault
     connect(&wakeTimer, SIGNAL(timeout()), this, SLOT(passTime()));
 }
 
-SerialCamera::~SerialCamera() = default;
-
 QString SerialCamera::plugIn()
 {
     terminal.emplace();
@@ -59,21 +57,6 @@ const ViscaCamera& SerialCamera::present()
 {
     passTime();
     return camera;
-}
-
-void SerialCamera::readLine()
-{
-    handle(camera.receive(terminal->read(), now()));
-}
-
-void SerialCamera::passTime()
-{
-    handle(camera.advance(now()));
-}
-
-ViscaCamera::Time SerialCamera::now() const
-{
-    return ViscaCamera::Time(clock.elapsed());
 }
 
 void SerialCamera::handle(const std::vector<ViscaCamera::Event>& events)

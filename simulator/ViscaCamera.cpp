@@ -83,7 +83,7 @@ std::optional<ViscaCamera::Time> ViscaCamera::nextDue() const
     std::optional<Time> next;
     const auto consider = [&next](Time due) { next = std::min(next.value_or(due), due); };
     if (!pending.empty())
-        consider(pending.front().first);
+        consider(pending.front().due);
     for (const Socket& socket : sockets) {
         if (const auto due = completion(socket))
             consider(*due);
@@ -112,9 +112,9 @@ void ViscaCamera::performNext()
         return events.push_back(
             {Event::Kind::Noise, std::exchange(unfinished, {}), "unfinished frame, forgotten"});
     }
-    const auto action = std::move(pending.front().second);
+    const PendingAction next = std::move(pending.front());
     pending.pop_front();
-    action();
+    next.action();
 }
 
 // A frame runs from its header (80 to 8F) to FF; bytes before a header are noise.
@@ -156,7 +156,7 @@ void ViscaCamera::frameArrived(const QByteArray& frame)
         return reply("x0 60 03 FF", "too many commands at once");
     const Time taken = std::max(clock, nextVideoFrame);
     nextVideoFrame = taken + videoFrame;
-    pending.emplace_back(taken + replyDelay, std::move(action));
+    pending.push_back({taken + replyDelay, std::move(action)});
 }
 
 // What the camera does on a frame, and the frame in words; nothing for a frame that gets no answer.
@@ -199,15 +199,13 @@ void ViscaCamera::carryOut(Task task, Mechanics::Parts parts, const std::functio
     const bool travels = mechanics.areTargeted(parts);
     *socket = {socket->number, travels ? Socket::State::Travelling : Socket::State::Finishing,
                clock + completionDelay, task, parts};
-    reply("x0 4s FF", QString("ACK, socket %1").arg(socket->number), {{'s', socket->number}});
+    replyFrom(socket->number, "x0 4s FF", "ACK");
 }
 
 void ViscaCamera::refuse()
 {
-    if (const Socket* socket = claimSocket({})) {
-        reply("x0 6s 41 FF", QString("not executable now, socket %1").arg(socket->number),
-              {{'s', socket->number}});
-    }
+    if (const Socket* socket = claimSocket({}))
+        replyFrom(socket->number, "x0 6s 41 FF", "not executable now");
 }
 
 bool ViscaCamera::isRefused(Task task) const
@@ -258,14 +256,13 @@ void ViscaCamera::takeOver(Mechanics::Parts parts)
 
 void ViscaCamera::cancel(int socketNumber)
 {
-    const FrameNumbers number{{'s', socketNumber}};
     for (Socket& socket : sockets) {
         if (socket.number != socketNumber || socket.state == Socket::State::Free)
             continue;
         release(socket);
-        return reply("x0 6s 04 FF", QString("cancelled, socket %1").arg(socketNumber), number);
+        return replyFrom(socketNumber, "x0 6s 04 FF", "cancelled");
     }
-    reply("x0 6s 05 FF", QString("no such socket, socket %1").arg(socketNumber), number);
+    replyFrom(socketNumber, "x0 6s 05 FF", "no such socket");
 }
 
 // A free socket; where there is none, that of a command which a newer one that moves `parts` ends anyway.
@@ -288,7 +285,7 @@ ViscaCamera::Socket* ViscaCamera::claimSocket(Mechanics::Parts parts)
 void ViscaCamera::complete(Socket& socket)
 {
     release(socket);
-    reply("x0 5s FF", QString("completion, socket %1").arg(socket.number), {{'s', socket.number}});
+    replyFrom(socket.number, "x0 5s FF", "completion");
 }
 
 // A travelling socket takes its journey with it: what it moves stands where it is. After an arrival that
@@ -308,14 +305,14 @@ std::optional<ViscaCamera::Time> ViscaCamera::completion(const Socket& socket) c
     return travels ? std::max(socket.completesFrom, mechanics.arrival(socket.parts)) : socket.completesFrom;
 }
 
-void ViscaCamera::syntaxError(const QString& reason)
-{
-    reply("x0 60 02 FF", "syntax error, " + reason);
-}
-
 void ViscaCamera::reply(std::string_view pattern, const QString& words, FrameNumbers numbers)
 {
     // Camera 1 answers as 9, camera 2 as A.
     numbers.insert('x', address + 8);
     events.push_back({Event::Kind::Reply, makeFrame(pattern, numbers), words});
+}
+
+void ViscaCamera::replyFrom(int socket, std::string_view pattern, const QString& words)
+{
+    reply(pattern, QString("%1, socket %2").arg(words).arg(socket), {{'s', socket}});
 }

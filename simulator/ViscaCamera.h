@@ -14,7 +14,6 @@
 #include <functional>
 #include <optional>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 /**
@@ -137,6 +136,12 @@ public:
 private:
     static constexpr char addressSet[] = "88 30 0p FF";
 
+    struct PendingAction
+    {
+        Time due;
+        std::function<void()> action;
+    };
+
     /** What the busy rules tell apart. */
     enum class Task
     {
@@ -189,7 +194,9 @@ private:
     void release(Socket& socket);
     std::optional<Time> completion(const Socket& socket) const;
     void reply(std::string_view pattern, const QString& words, FrameNumbers numbers = {});
-    void syntaxError(const QString& reason);
+    void replyFrom(int socket, std::string_view pattern, const QString& words);
+
+    void syntaxError(const QString& reason) { reply("x0 60 02 FF", "syntax error, " + reason); }
 
     // ViscaCommands.cpp: what the frames mean.
     static void addCommands(std::vector<KnownFrame>& frames);
@@ -225,8 +232,7 @@ private:
     Time clock{0};
     std::vector<Event> events;
 
-    /** When something is to be done, and what. */
-    std::deque<std::pair<Time, std::function<void()>>> pending;
+    std::deque<PendingAction> pending;
     Time nextVideoFrame{0};
     std::array<Socket, 2> sockets{{{1}, {2}}};
 };
