@@ -2,7 +2,8 @@
 
 #include "Dialogue.h"
 
-#include <array>
+#include <QMap>
+
 #include <deque>
 #include <set>
 #include <utility>
@@ -74,8 +75,8 @@ private:
     std::deque<Answer> answers;
     /** Those that were not expected where they came, until it is clear what they came instead of. */
     std::deque<Answer> unexpected;
-    /** What the camera was told to move, as what stops it, and the sockets it works in. */
-    std::array<QByteArray, 3> stops;
+    /** What stops what the camera was told to move, and what cancels what it does in its sockets. */
+    QMap<std::size_t, QByteArray> stops;
     std::set<QByteArray> sockets;
     Time clock{0};
     Time sentAt{0};

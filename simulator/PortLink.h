@@ -15,8 +15,7 @@ public:
 
     ~PortLink() { remove(); }
 
-    PortLink(const PortLink&) = delete;
-    PortLink& operator=(const PortLink&) = delete;
+    Q_DISABLE_COPY(PortLink)
 
     QString path() const { return linkPath; }
 

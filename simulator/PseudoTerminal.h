@@ -18,8 +18,7 @@ public:
 
     ~PseudoTerminal() { hangUp(); }
 
-    PseudoTerminal(const PseudoTerminal&) = delete;
-    PseudoTerminal& operator=(const PseudoTerminal&) = delete;
+    Q_DISABLE_COPY(PseudoTerminal)
 
     bool isOpen() const { return master != -1; }
 

@@ -38,7 +38,10 @@ public:
     void unplug(const QString& port);
 
     /** Adds a port on a PCI card, listed before all adapters. It cannot be opened. */
-    void addPciPort(const QString& port, const DeviceId& id);
+    void addPciPort(const QString& port, const DeviceId& id)
+    {
+        identify(addPort(port, addDevice("pci", "0000:03:00.0")), "pci", id);
+    }
 
     /** Adds a port on the main board, without identifiers, listed before all adapters. It cannot be opened.
      */

@@ -86,8 +86,7 @@ public:
 
     /** Looks straight ahead, zoomed out, with no presets stored. */
     explicit ViscaCamera(const Options& options = BusyRules::Lenient);
-    ViscaCamera(const ViscaCamera&) = delete;
-    ViscaCamera& operator=(const ViscaCamera&) = delete;
+    Q_DISABLE_COPY(ViscaCamera)
 
     /** Tells that the camera has come onto the line: the network change, which nobody asked for. */
     std::vector<Event> comeOntoLine(Time now);
