@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <type_traits>
 
 namespace {
 
@@ -47,7 +48,7 @@ std::optional<Number> number(const QCommandLineParser& parser, const QString& na
         return std::nullopt;
     const QString given = parser.value(name);
     bool valid = false;
-    Number value;
+    Number value{};
     if constexpr (isWhole)
         value = given.toInt(&valid);
     else

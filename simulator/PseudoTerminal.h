@@ -34,8 +34,7 @@ public:
     /** What has arrived, up to about 64 KiB at a time; empty when nothing has, or once hung up. */
     QByteArray read();
 
-    /** Sends `bytes`, to nobody if nobody has the port open. False if some are lost: hung up, or nobody
-     * reads. */
+    /** Sends `bytes`, to nobody if the port is not open. False if the line did not take them all. */
     bool write(const QByteArray& bytes);
 
     /** Hangs up the line for good, which a client sees as a pulled USB adapter. */

@@ -33,7 +33,8 @@ QString SerialCamera::plugIn()
         return failure;
 
     notifier.emplace(terminal->descriptor(), QSocketNotifier::Read);
-    connect(&*notifier, &QSocketNotifier::activated, this, &SerialCamera::readLine);
+    connect(&*notifier, &QSocketNotifier::activated, this,
+            [this] { handle(camera.receive(terminal->read(), now())); });
     emit reported(QString("Camera at %1").arg(terminal->path()));
     if (!portLink.path().isEmpty())
         emit reported(QString("Link at %1").arg(portLink.path()));

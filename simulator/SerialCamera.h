@@ -34,8 +34,7 @@ public:
     /** Not plugged in yet; `link` is the path of its symbolic link, empty for none. */
     SerialCamera(const ViscaCamera::Options& options, const ReplyFaults& replyFaults, const QString& link);
 
-    /** Opens a new line with the link, and says so there and in reports; empty, or why it failed. Once until
-     * unplug(). */
+    /** Opens a new line, to which the link then leads. Returns an empty text, or why it failed. */
     QString plugIn();
 
     /** Hangs up the line, takes the link away and reports "Hung up". */
@@ -52,8 +51,6 @@ signals:
     void reported(const QString& line);
 
 private slots:
-
-    void readLine() { handle(camera.receive(terminal->read(), now())); }
 
     void passTime() { handle(camera.advance(now())); }
 

@@ -44,8 +44,7 @@ public:
     {
         /** Every command is accepted, and a speed code beyond the slowest or fastest acts as that. */
         Lenient,
-        /** What would disturb a motion under way is refused, and so is each speed or position out of range.
-         */
+        /** What would disturb a motion under way is refused, and so is a speed or position out of range. */
         Strict
     };
 
@@ -69,13 +68,11 @@ public:
     /** Something that happened, in bytes and in words (English, ASCII, without the bytes). */
     struct Event
     {
+        /** A whole frame, of one too long the first 17 bytes; bytes of no whole frame; or a reply. */
         enum class Kind
         {
-            /** A frame from the controller, from its header to FF; of one too long the first 17 bytes. */
             Frame,
-            /** Bytes that belong to no frame, or to one whose rest never came. */
             Noise,
-            /** A reply to the controller. */
             Reply
         };
 
@@ -97,8 +94,7 @@ public:
     /** Lets time pass until `now` and returns what fell due, in order. */
     std::vector<Event> advance(Time now);
 
-    /** When advance() next has something to do; nothing while no reply is outstanding and no frame
-     * unfinished. */
+    /** When advance() next has something to do; nothing while the camera only moves or rests. */
     std::optional<Time> nextDue() const;
 
     /** The position at the last time it was told. */
