@@ -46,8 +46,7 @@ struct Dialogue
     QString changes;
     std::vector<Step> steps;
 
-    /** Reads a file at that path or an installed one of that name. Returns an empty text, or why it failed.
-     */
+    /** Reads a file at that path or an installed one of that name. Returns nothing, or why it failed. */
     QString read(const QString& nameOrPath);
 
 private:

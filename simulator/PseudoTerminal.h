@@ -27,8 +27,7 @@ public:
     /** Where the client opens the line, such as "/dev/pts/5"; kept after hangUp(). */
     QString path() const { return slavePath; }
 
-    /** Readable when bytes arrive or a client sets up the line or leaves: call read() then. -1 once hung up.
-     */
+    /** Readable when bytes arrive or a client sets up the line or leaves: then read(). -1 once hung up. */
     int descriptor() const { return watched; }
 
     /** What has arrived, up to about 64 KiB at a time; empty when nothing has, or once hung up. */

@@ -18,7 +18,7 @@ public:
     /** Opens the port, a name or a path, and begins. Returns an empty text, or why it failed. */
     QString start(const QString& portName, int baudRate);
 
-    /** Stops what the dialogue has set in motion, if it is not over. Returns whether it was not. */
+    /** Stops what a dialogue not over yet has set in motion. Returns whether there was one. */
     bool interrupt();
 
     /** How many answers were not the expected ones. */
@@ -38,6 +38,8 @@ private slots:
     void proceed();
 
 private:
+    Conversation::Time now() const { return Conversation::Time(clock.elapsed()); }
+
     void exchange();
     void finish(const QString& reason);
 

@@ -28,8 +28,7 @@ public:
 
     /**
      * Plugs a serial adapter into a socket, such as "1-2"; its port leads to `terminal`, with none it cannot
-     * be opened. Returns the port's name: the lowest free "ttyUSB" number, counted from one of this process'
-     * own.
+     * be opened. Returns its name: the lowest free "ttyUSB" number, counted from one of this process alone.
      */
     QString plug(const QByteArray& socket, const DeviceId& id, const QString& terminal = {},
                  const QString& name = {});
@@ -43,8 +42,7 @@ public:
         identify(addPort(port, addDevice("pci", "0000:03:00.0")), "pci", id);
     }
 
-    /** Adds a port on the main board, without identifiers, listed before all adapters. It cannot be opened.
-     */
+    /** Adds a port on the main board, without identifiers, listed like those. It cannot be opened. */
     void addBuiltInPort(const QString& port) { addPort(port, addDevice("pnp", "00:05")); }
 
 private:
