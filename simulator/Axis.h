@@ -5,9 +5,8 @@
 /**
  * One moving part of the camera: pan, tilt, zoom or focus.
  *
- * The position is a plain function of time, so it does not depend on how often anybody looks. Positions are
- * in the axis' own unit (degrees for pan and tilt, the line's steps for zoom and focus), speeds in that unit
- * per second, and times are milliseconds on the camera's clock.
+ * Its position is a plain function of time (milliseconds on the camera's clock) in the axis' own unit:
+ * degrees for pan and tilt, the line's steps for zoom and focus. Speeds are that unit per second.
  */
 class Axis
 {
@@ -25,13 +24,13 @@ public:
     /** Whether it runs without a target, be it against a limit. */
     bool isDriven() const { return velocity != 0 && !hasTarget; }
 
-    /** Whether nothing has ended the last goTo(), be it under way or at its target. */
+    /** Whether nothing has ended the last goTo(), under way or arrived. */
     bool isTargeted() const { return hasTarget; }
 
-    /** Runs at `speed` until a limit or the next order; a negative speed runs down, 0 stops. */
+    /** Runs until a limit or the next order; a negative speed runs down, 0 stops. */
     void run(double speed, Time now);
 
-    /** Goes to `target`, or as far as the limits allow, at `speed` (greater than 0) and stays there. */
+    /** Goes to `target`, or as far as the limits allow, at a speed greater than 0. */
     void goTo(double target, double speed, Time now);
 
     /** Stops a goTo() under way; leaves an axis alone that runs without a target. */

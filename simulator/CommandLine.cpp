@@ -6,6 +6,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <type_traits>
 
 namespace {
 
@@ -37,50 +38,43 @@ const char* const frameLegend =
     "position of zoom or focus, or a value in the range that stands there; in 2-3, 2 is on or automatic and\n"
     "3 is off or manual.";
 
-// The value of `name` as a whole number between `lowest` and `highest`; nothing if the option is not given.
-std::optional<qint64> wholeNumber(const QCommandLineParser& parser, const QString& name, qint64 lowest,
-                                  qint64 highest)
+// The value of an option within its bounds; nothing if the option is not given.
+template <typename Number>
+std::optional<Number> number(const QCommandLineParser& parser, const QString& name, Number lowest,
+                             Number highest)
 {
+    constexpr bool isWhole = std::is_integral_v<Number>;
     if (!parser.isSet(name))
         return std::nullopt;
+    const QString given = parser.value(name);
     bool valid = false;
-    const qint64 number = parser.value(name).toLongLong(&valid);
-    if (!valid || number < lowest || number > highest) {
-        fail(QString("--%1 takes a whole number from %2 to %3, not \"%4\"")
-                 .arg(name)
-                 .arg(lowest)
-                 .arg(highest)
-                 .arg(parser.value(name)),
-             exitUsage);
+    Number value{};
+    if constexpr (isWhole)
+        value = given.toInt(&valid);
+    else
+        value = given.toDouble(&valid);
+    if (!valid || !(value >= lowest && value <= highest)) {
+        const QString complaint("--%1 takes %2 from %3 to %4, not \"%5\"");
+        const char* const kind = isWhole ? "a whole number" : "seconds";
+        fail(complaint.arg(name, kind).arg(lowest).arg(highest).arg(given), exitUsage);
     }
-    return number;
+    return value;
 }
 
-// The value of `name`, given in seconds; nothing if the option is not given.
 std::optional<ViscaCamera::Time> seconds(const QCommandLineParser& parser, const QString& name)
 {
-    if (!parser.isSet(name))
-        return std::nullopt;
-    bool valid = false;
-    const double number = parser.value(name).toDouble(&valid);
-    if (!valid || !(number >= 0 && number <= longestSeconds)) {
-        fail(QString("--%1 takes seconds from 0 to %2, not \"%3\"")
-                 .arg(name)
-                 .arg(longestSeconds)
-                 .arg(parser.value(name)),
-             exitUsage);
-    }
-    return std::chrono::round<ViscaCamera::Time>(std::chrono::duration<double>(number));
+    const std::chrono::duration<double> given(number(parser, name, 0.0, longestSeconds).value_or(-1));
+    return given.count() < 0 ? std::nullopt : std::optional(std::chrono::round<ViscaCamera::Time>(given));
 }
 
 [[noreturn]] void showHelp(const QCommandLineParser& parser)
 {
     QTextStream out(stdout);
     out << parser.helpText() << '\n' << frameLegend << "\n\n";
-    for (const ViscaCamera::KnownFrame& known : ViscaCamera::knownFrames()) {
-        const QString name = QString("%1 %2").arg(known.name, known.range).trimmed();
-        out << QString("  %1  %2").arg(name, -nameWidth).arg(QString(known.frame)) << '\n';
-    }
+    for (const ViscaCamera::KnownFrame& known : ViscaCamera::knownFrames())
+        out << QString("  %1  %2\n")
+                   .arg((known.name + ' ' + known.range).trimmed(), -nameWidth)
+                   .arg(QString(known.frame));
     out.flush();
     std::exit(EXIT_SUCCESS);
 }
@@ -90,15 +84,14 @@ CommandLine::Replay readReplay(const QCommandLineParser& parser)
     const QStringList ports = parser.positionalArguments();
     if (ports.size() != 1)
         fail("--replay takes one port, such as /dev/ttyUSB0", exitUsage);
+    const QStringList replayOptions{"replay", "baud", "allow-changes"};
     const QStringList options = parser.optionNames();
     for (const QString& option : options) {
-        if (option != "replay" && option != "baud" && option != "allow-changes")
-            fail(QString("--%1 is for the simulated camera, which --replay does without").arg(option),
-                 exitUsage);
+        if (!replayOptions.contains(option))
+            fail("--" + option + " is for the simulated camera, which --replay does without", exitUsage);
     }
-    const qint64 baudRate = wholeNumber(parser, "baud", 1, highestBaudRate).value_or(usualBaudRate);
-    return {parser.value("replay"), ports.constFirst(), static_cast<int>(baudRate),
-            parser.isSet("allow-changes")};
+    const int baudRate = number(parser, "baud", 1, highestBaudRate).value_or(usualBaudRate);
+    return {parser.value("replay"), ports.constFirst(), baudRate, parser.isSet("allow-changes")};
 }
 
 } // namespace
@@ -155,14 +148,12 @@ CommandLine readCommandLine(const QCoreApplication& application)
     settings.link = parser.value("link");
     if (parser.isSet("strict"))
         settings.camera.rules = ViscaCamera::BusyRules::Strict;
-    if (const auto address = wholeNumber(parser, "address", 1, 7))
-        settings.camera.address = static_cast<int>(*address);
-    if (const auto presets = wholeNumber(parser, "presets", 1, 255))
-        settings.camera.presets = static_cast<int>(*presets);
+    settings.camera.address = number(parser, "address", 1, 7).value_or(settings.camera.address);
+    settings.camera.presets = number(parser, "presets", 1, 255).value_or(settings.camera.presets);
     settings.camera.standby = parser.isSet("standby");
     settings.faults.noReplies = parser.isSet("no-replies");
     settings.faults.split = parser.isSet("split");
-    settings.faults.late = ViscaCamera::Time(wholeNumber(parser, "late", 0, longestLateness).value_or(0));
+    settings.faults.late = ViscaCamera::Time(number(parser, "late", 0, longestLateness).value_or(0));
     settings.hangUpAfter = seconds(parser, "hang-up-after");
     settings.comeBackAfter = seconds(parser, "come-back-after").value_or(settings.comeBackAfter);
     return settings;

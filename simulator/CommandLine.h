@@ -11,17 +11,16 @@ class QCoreApplication;
 /** What the program was asked for. */
 struct CommandLine
 {
-    /** A dialogue to hold with the camera at some port. */
     struct Replay
     {
         QString dialogue;
         QString port;
         int baudRate;
-        /** Also one that changes what the camera keeps. */
+        /** Also a dialogue that changes what the camera keeps. */
         bool mayChange;
     };
 
-    /** If set, the program replays this dialogue and ignores all other options. */
+    /** The dialogue to hold with the camera at some port; if set, nothing else is asked for. */
     std::optional<Replay> replay;
     ViscaCamera::Options camera = ViscaCamera::BusyRules::Lenient;
     ReplyFaults faults;
@@ -30,8 +29,7 @@ struct CommandLine
     ViscaCamera::Time comeBackAfter{1000};
 };
 
-/** Reads the program's arguments. Shows help or version and ends the program where they ask for it, and ends
- * it with a complaint and status 2 where they are wrong. */
+/** Reads the program's arguments. Ends the program where they ask for help or version or are wrong. */
 CommandLine readCommandLine(const QCoreApplication& application);
 
 /** Complains on standard error. */

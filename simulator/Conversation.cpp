@@ -2,7 +2,10 @@
 
 #include "FramePattern.h"
 
+#include <QRegularExpression>
+
 #include <algorithm>
+#include <array>
 #include <cstring>
 
 namespace {
@@ -83,13 +86,11 @@ void Conversation::stop(Time now)
     clock = now;
     isDeaf = true;
     lastByteAt = clock + quiet;
-    for (const QByteArray& cancel : sockets)
+    for (const QByteArray& cancel : std::exchange(sockets, {}))
         say(cancel, "stops what is under way");
-    sockets.clear();
-    for (QByteArray& frame : stops) {
-        if (!frame.isEmpty())
-            say(std::exchange(frame, {}), "stops what moves");
-    }
+    const auto frames = std::exchange(stops, {});
+    for (const QByteArray& frame : frames)
+        say(frame, "stops what moves");
 }
 
 void Conversation::takeAnswers(const QByteArray& bytes)
@@ -155,9 +156,7 @@ bool Conversation::settles(Time time)
         over = true;
         return false;
     }
-    const bool moves =
-        !sockets.empty() ||
-        std::any_of(stops.begin(), stops.end(), [](const QByteArray& frame) { return !frame.isEmpty(); });
+    const bool moves = !sockets.empty() || !stops.isEmpty();
     if (!moves || (!hasDiffered && current < dialogue.steps.size()))
         return true;
     stop(clock);
@@ -185,12 +184,10 @@ bool Conversation::expect(const Dialogue::Step& step)
     }
     if (answers.empty() && waits(sentAt + step.within))
         return false;
-    Answer instead{{}, clock};
-    if (!unexpected.empty()) {
-        instead = unexpected.front();
-        unexpected.pop_front();
-    }
-    tell(step.bytes, instead, "differs", step.remark);
+    if (unexpected.empty())
+        unexpected.push_back({{}, clock});
+    tell(step.bytes, unexpected.front(), "differs", step.remark);
+    unexpected.pop_front();
     return true;
 }
 
@@ -209,15 +206,12 @@ bool Conversation::isExpectedLater(const QByteArray& answer) const
 bool Conversation::matches(const Dialogue::Step& step, const QByteArray& answer) const
 {
     // "90 41 FF": which socket it is, the camera may choose.
-    constexpr int kindAt = 3;
-    constexpr int socketAt = 4;
-    const auto isSocket = [](int number) { return number == 1 || number == 2; };
-    QByteArray expected = step.bytes;
+    static const QRegularExpression socketReply("(?<=^.. [456])[12]");
+    QString expected = step.bytes;
     const int socket = answer.size() > 1 ? answer.at(1) & 0x0F : 0;
-    if (!dialogue.socketsMatter && isSocket(socket) && expected.size() > socketAt &&
-        isSocket(expected.at(socketAt) - '0') && expected.at(kindAt) >= '4' && expected.at(kindAt) <= '6')
-        expected[socketAt] = static_cast<char>('0' + socket);
-    return matchFrame(answer, expected.constData()).has_value();
+    if (!dialogue.socketsMatter && (socket == 1 || socket == 2))
+        expected.replace(socketReply, QString::number(socket));
+    return matchFrame(answer, expected.toLatin1().constData()).has_value();
 }
 
 void Conversation::rejectAnswers()
@@ -242,10 +236,9 @@ void Conversation::say(const QByteArray& frames, const QString& remark)
     for (const QByteArray& part : parts) {
         const QByteArray frame = part + frameEnd;
         for (std::size_t index = 0; index < motions.size(); ++index) {
-            const auto drive = matchFrame(frame, motions[index].drive);
             if (matchFrame(frame, motions[index].stop))
-                stops[index].clear();
-            else if (drive)
+                stops.remove(index);
+            else if (const auto drive = matchFrame(frame, motions[index].drive))
                 stops[index] = makeFrame(motions[index].stop, {{'x', drive->value('x')}, {'V', 1}, {'W', 1}});
         }
     }

@@ -2,14 +2,14 @@
 
 #include "Dialogue.h"
 
-#include <array>
+#include <QMap>
+
 #include <deque>
 #include <set>
 #include <utility>
 
 /**
- * A dialogue being held with a camera, as its controller, without a line or a clock of its own: the owner
- * tells the time and what the camera said, and passes on what is to be sent.
+ * A dialogue being held with a camera, as its controller, without a line or a clock of its own.
  *
  * A frame is sent when the line is quiet, so that an answer too many or too few is one difference and not
  * one in every later step. A difference and the end stop what the dialogue has set in motion.
@@ -21,7 +21,7 @@ public:
 
     explicit Conversation(const Dialogue& dialogueToHold);
 
-    /** Goes on at `now`, when the camera has said `bytes`, or nothing. */
+    /** Goes on at `now`, when the camera has said `bytes`. */
     void proceed(const QByteArray& bytes, Time now);
 
     /** Sends what stops the camera, now. */
@@ -30,8 +30,7 @@ public:
     /** The bytes to be sent now, if any. */
     QByteArray takeOutput() { return std::exchange(output, {}); }
 
-    /** One line, without its end, for each frame sent and for each answer: the expected one, the one
-     * received, and how many milliseconds after the frame it came. */
+    /** A line for each frame sent and for each answer, with what was expected and its milliseconds. */
     QStringList takeReport() { return std::exchange(report, {}); }
 
     /** When to proceed() if the camera says nothing until then. */
@@ -39,7 +38,7 @@ public:
 
     bool isOver() const { return over; }
 
-    /** Whether not a byte came to its first frames, or to all of them, although answers were expected. */
+    /** Whether not a byte came, although answers were expected. */
     bool isMute() const { return sentCount > 0 && differenceCount > 0 && !heardAnything; }
 
     /** How many answers were missing, wrong, too early or not expected. */
@@ -76,8 +75,8 @@ private:
     std::deque<Answer> answers;
     /** Those that were not expected where they came, until it is clear what they came instead of. */
     std::deque<Answer> unexpected;
-    /** What the camera was told to move, as what stops it, and the sockets it works in. */
-    std::array<QByteArray, 3> stops;
+    /** What stops what the camera was told to move, and what cancels what it does in its sockets. */
+    QMap<std::size_t, QByteArray> stops;
     std::set<QByteArray> sockets;
     Time clock{0};
     Time sentAt{0};

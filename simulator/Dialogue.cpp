@@ -9,6 +9,8 @@ namespace {
 
 using Time = Dialogue::Time;
 
+const char* const noSuchLine = "this is no frame, answer or line of a head: ";
+
 // Some cameras in the field acknowledge a recall as late as that.
 constexpr Time usualPatience{3000};
 
@@ -61,8 +63,7 @@ QString Dialogue::readHead(const QString& line)
     static const QRegularExpression options(
         "^((--strict|--standby|--address [1-7]|--presets [1-9][0-9]{0,2})( |$))+$");
     if (!steps.empty())
-        return QString("this is no frame or answer, and the head stands before the first frame: %1")
-            .arg(line);
+        return "this is no frame or answer, and the head stands before the first frame: " + line;
     if (options.match(line).hasMatch())
         cameraOptions += line.split(' ');
     else if (line == "without --strict")
@@ -72,7 +73,7 @@ QString Dialogue::readHead(const QString& line)
     else if (line.startsWith("changes "))
         changes = line.section(' ', 1);
     else
-        return QString("this is no frame, answer or line of a head: %1").arg(line);
+        return noSuchLine + line;
     return {};
 }
 
@@ -82,7 +83,7 @@ QString Dialogue::readStep(const QString& line, const QString& remark)
                                          "((?: (?:after|within) \\d{1,6} m?s)*)$");
     const QRegularExpressionMatch match = form.match(line);
     if (!match.hasMatch())
-        return QString("this is no frame, answer or line of a head: %1").arg(line);
+        return noSuchLine + line;
     const bool sends = match.captured(1) == ">";
     const QString bytes = match.captured(2);
     const QString times = match.captured(3);

@@ -7,10 +7,7 @@
 #include <chrono>
 #include <vector>
 
-/**
- * A conversation of a controller with a camera, as data: what is sent, and what has to come back and when.
- *
- * It is read from a text file, whose lines are described in simulator/dialogues/README.md.
+/** What a controller sends and a camera answers, read from a file as simulator/dialogues/README.md describes.
  */
 struct Dialogue
 {
@@ -18,13 +15,11 @@ struct Dialogue
 
     struct Step
     {
+        /** The controller sends the bytes, the camera answers with them, or it says nothing. */
         enum class Kind
         {
-            /** The controller sends the bytes. */
             Send,
-            /** The camera answers with the bytes. */
             Expect,
-            /** The camera says nothing. */
             Silence
         };
 
@@ -51,8 +46,7 @@ struct Dialogue
     QString changes;
     std::vector<Step> steps;
 
-    /** Reads it from a file: one at that path, or an installed one of that name. Returns an empty text on
-     * success, otherwise the reason of the failure, with the line where it lies. */
+    /** Reads a file at that path or an installed one of that name. Returns nothing, or why it failed. */
     QString read(const QString& nameOrPath);
 
 private:

@@ -23,7 +23,7 @@ constexpr int longestFrame = 16;
 /** The numbers of a frame by the letters of its pattern. */
 using FrameNumbers = QMap<char, int>;
 
-/** The numbers in `frame`, or nothing if it does not look like `pattern`. */
+/** The numbers in `frame`; nothing if it does not look like `pattern`. */
 std::optional<FrameNumbers> matchFrame(const QByteArray& frame, std::string_view pattern);
 
 /** The frame that looks like `pattern` with these numbers; negative ones are sent as two's complement. */

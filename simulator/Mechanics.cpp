@@ -7,10 +7,6 @@ namespace {
 using Time = Mechanics::Time;
 using Parts = Mechanics::Parts;
 
-// Degrees per second: at the fastest codes 80 and 50.
-constexpr double panSpeedPerCode = 80.0 / Mechanics::fastestPanCode;
-constexpr double tiltSpeedPerCode = 50.0 / Mechanics::fastestTiltCode;
-
 // At the standard speed the lens goes from end to end in 4.5 seconds.
 constexpr double lensCrossing = 4.5;
 
@@ -23,14 +19,17 @@ constexpr int atTiltHighLimit = 0x04;
 constexpr int atPanHighLimit = 0x02;
 constexpr int atPanLowLimit = 0x01;
 
+// Degrees per second: at the fastest codes 80 and 50.
 double panSpeed(int code)
 {
-    return std::clamp(code, Mechanics::slowestCode, Mechanics::fastestPanCode) * panSpeedPerCode;
+    return std::clamp(code, Mechanics::slowestCode, Mechanics::fastestPanCode) * 80.0 /
+           Mechanics::fastestPanCode;
 }
 
 double tiltSpeed(int code)
 {
-    return std::clamp(code, Mechanics::slowestCode, Mechanics::fastestTiltCode) * tiltSpeedPerCode;
+    return std::clamp(code, Mechanics::slowestCode, Mechanics::fastestTiltCode) * 50.0 /
+           Mechanics::fastestTiltCode;
 }
 
 // Code 0 is the slowest speed, not a stop.
@@ -51,11 +50,6 @@ template <typename Axes, typename Action> void forEach(Axes& axes, Parts parts, 
 }
 
 } // namespace
-
-Mechanics::Position Mechanics::position(Time now) const
-{
-    return {panAxis.position(now), tiltAxis.position(now), zoomAxis.position(now)};
-}
 
 bool Mechanics::isMoving(Parts parts, Time now) const
 {
@@ -82,9 +76,9 @@ void Mechanics::goTo(double pan, double tilt, int panCode, int tiltCode, Time no
     tiltAxis.goTo(tilt, tiltCode == 0 ? asPan : tiltSpeed(tiltCode), now);
 }
 
-void Mechanics::lensTo(Part part, double target, Time now)
+void Mechanics::lensTo(Parts parts, double target, Time now)
 {
-    forEach(axes, part, [&](Axis& axis) { axis.goTo(target, lensSpeed(axis, fastestLensCode), now); });
+    forEach(axes, parts, [&](Axis& axis) { axis.goTo(target, lensSpeed(axis, fastestLensCode), now); });
 }
 
 void Mechanics::abandonTargets(Parts parts, Time now)

@@ -8,10 +8,8 @@
 
 /**
  * What moves in the camera: pan and tilt in degrees (plus is right and up), the zoom from 0 (wide) to 0x4000
- * (tele) and the focus from 0x1000 (far) to 0xF000 (near).
- *
- * Speeds come as VISCA's codes; a code beyond a part's slowest or fastest acts as that. Times are
- * milliseconds on the camera's clock.
+ * (tele) and the focus from 0x1000 (far) to 0xF000 (near). Speeds come as VISCA's codes; one beyond a part's
+ * slowest or fastest acts as that. Times are milliseconds on the camera's clock.
  */
 class Mechanics
 {
@@ -36,7 +34,7 @@ public:
     /** A direction on the line, in steps as two's complement of 16 bits, in degrees. */
     static double degrees(int steps) { return (steps < 0x8000 ? steps : steps - 0x10000) * degreesPerStep; }
 
-    /** The mechanical limits: pan goes as far to either side, tilt from low to high. */
+    /** Pan goes as far to either side. */
     static constexpr double panLimit = 0x08DB * degreesPerStep;
     static constexpr double tiltLowLimit = -0x0190 * degreesPerStep;
     static constexpr double tiltHighLimit = 0x04B0 * degreesPerStep;
@@ -59,14 +57,16 @@ public:
         double zoom;
     };
 
-    /** A corner that the pan-tilt limits are set by. */
     enum class Corner
     {
         DownLeft,
         UpRight
     };
 
-    Position position(Time now) const;
+    Position position(Time now) const
+    {
+        return {panAxis.position(now), tiltAxis.position(now), zoomAxis.position(now)};
+    }
 
     double focus(Time now) const { return focusAxis.position(now); }
 
@@ -83,15 +83,15 @@ public:
     /** Goes to a direction in degrees, or as far as the limits allow. Tilt code 0 means the speed of pan. */
     void goTo(double pan, double tilt, int panCode, int tiltCode, Time now);
 
-    /** Goes to a position of the zoom or the focus, or as far as it can, at full speed. */
-    void lensTo(Part part, double target, Time now);
+    /** Sends zoom or focus, or neither, to a position or as far as it can go, at full speed. */
+    void lensTo(Parts parts, double target, Time now);
 
-    /** Stops what is on its way to a target among `parts`; leaves alone what is driven. */
+    /** Stops what is on its way to a target; leaves alone what is driven. */
     void abandonTargets(Parts parts, Time now);
 
     void stopEverything(Time now);
 
-    /** Whether all of `parts`, of which there is one at least, were sent to a target. */
+    /** Whether there are parts and all of them were sent to a target. */
     bool areTargeted(Parts parts) const;
 
     /** When `parts`, all sent to a target, have reached it; time 0 for no part. */

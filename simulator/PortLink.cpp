@@ -21,16 +21,6 @@ QString withoutNumber(const QString& terminal)
 
 } // namespace
 
-PortLink::PortLink(const QString& path)
-    : linkPath(path)
-{
-}
-
-PortLink::~PortLink()
-{
-    remove();
-}
-
 QString PortLink::pointTo(const QString& terminal)
 {
     if (linkPath.isEmpty())
@@ -43,9 +33,8 @@ QString PortLink::pointTo(const QString& terminal)
 
     const QByteArray link = QFile::encodeName(linkPath);
     const QByteArray newLink = link + '.' + QByteArray::number(QCoreApplication::applicationPid());
-    if (symlink(QFile::encodeName(terminal).constData(), newLink.constData()) != 0)
-        return QString("cannot make the link %1: %2").arg(linkPath, qt_error_string(errno));
-    if (std::rename(newLink.constData(), link.constData()) != 0) {
+    if (symlink(QFile::encodeName(terminal).constData(), newLink.constData()) != 0 ||
+        std::rename(newLink.constData(), link.constData()) != 0) {
         const QString reason = qt_error_string(errno);
         unlink(newLink.constData());
         return QString("cannot make the link %1: %2").arg(linkPath, reason);

@@ -60,11 +60,6 @@ PseudoTerminal::PseudoTerminal()
     hangUp();
 }
 
-PseudoTerminal::~PseudoTerminal()
-{
-    hangUp();
-}
-
 bool PseudoTerminal::openLine()
 {
     master = posix_openpt(O_RDWR | O_NOCTTY);

@@ -6,22 +6,19 @@
 /**
  * The far end of a serial line: a POSIX pseudo-terminal whose path() a program opens as its serial port.
  *
- * The line is raw from the start, also for a client that sets nothing (`printf ... > path`). Nothing here
- * waits and no event loop is needed; whoever has one watches descriptor() for reading.
- *
- * Clients may come and go, one killed with the port open included: the exclusive use it asked for (TIOCEXCL,
- * which QSerialPort sets at every open) ends when this side next calls read(). Bytes that a client sent
- * before it left are kept. As at a real port, what arrives while nobody has it open is dropped, and so is
- * what a client leaves unread, the latter only on Linux.
+ * The line is raw from the start, and nothing here waits. Clients may come and go, or be killed: their
+ * exclusive use of the port ends at the next read(), and what they sent is kept. As at a real port, what
+ * arrives while nobody has it open is dropped, and on Linux so is what a client leaves unread.
  */
 class PseudoTerminal
 {
 public:
     /** Opens a new line; isOpen() tells whether that worked and errorString() why not. */
     PseudoTerminal();
-    ~PseudoTerminal();
-    PseudoTerminal(const PseudoTerminal&) = delete;
-    PseudoTerminal& operator=(const PseudoTerminal&) = delete;
+
+    ~PseudoTerminal() { hangUp(); }
+
+    Q_DISABLE_COPY(PseudoTerminal)
 
     bool isOpen() const { return master != -1; }
 
@@ -30,26 +27,16 @@ public:
     /** Where the client opens the line, such as "/dev/pts/5"; kept after hangUp(). */
     QString path() const { return slavePath; }
 
-    /**
-     * What to watch, -1 once hung up. It turns readable when bytes arrive, and also when a client sets up
-     * the line or leaves, for which read() returns nothing: call read() every time.
-     */
+    /** Readable when bytes arrive or a client sets up the line or leaves: then read(). -1 once hung up. */
     int descriptor() const { return watched; }
 
-    /** Everything that has arrived, up to about 64 KiB at a time; empty when nothing has, or once hung up. */
+    /** What has arrived, up to about 64 KiB at a time; empty when nothing has, or once hung up. */
     QByteArray read();
 
-    /**
-     * Sends `bytes`, to nobody if nobody has the port open. Returns false when the line did not take them
-     * all, for it is hung up or its client has not read for tens of kilobytes; the rest is lost, as on a wire
-     * without flow control.
-     */
+    /** Sends `bytes`, to nobody if the port is not open. False if the line did not take them all. */
     bool write(const QByteArray& bytes);
 
-    /**
-     * Hangs up the line for good. A client that has it open sees what a pulled USB adapter shows: POLLHUP,
-     * end of file on read(), EIO on everything else.
-     */
+    /** Hangs up the line for good, which a client sees as a pulled USB adapter. */
     void hangUp();
 
 private:

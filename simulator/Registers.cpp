@@ -23,11 +23,6 @@ std::vector<int> valuesIn(const char* range)
 
 } // namespace
 
-QByteArray Register::answer() const
-{
-    return "x0 50" + QByteArray(sets).mid(QByteArray(inquiry).size()) + " FF";
-}
-
 bool Register::hasValue(int value) const
 {
     const std::vector<int> values = valuesIn(range);

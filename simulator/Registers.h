@@ -11,8 +11,8 @@ struct Register
     const char* name;
     /** The frame, without address and FF, that sets the value p. One without p changes nothing. */
     const char* sets;
-    /** Steps from the value: s is 0 back to that after power-on, 2 up, 3 down. A frame without s goes over to
-       the next value, and from the last to the first. Empty where the camera has none, as is the inquiry. */
+    /** Steps from the value: s is 0 back to that after power-on, 2 up, 3 down. A frame without s goes over
+       between on and off. Empty where the camera has none, as is the inquiry. */
     const char* steps;
     const char* inquiry;
     /** The values there are, hexadecimal as in the frame: "2-3", "0 3 A-D". */
@@ -22,9 +22,8 @@ struct Register
     char blockLetter = 0;
 
     /** The pattern of the answer to its inquiry: what the frame that sets it has beyond the inquiry. */
-    QByteArray answer() const;
+    QByteArray answer() const { return "x0 50" + QByteArray(sets).mid(QByteArray(inquiry).size()) + " FF"; }
 
-    /** Whether the range has that value. */
     bool hasValue(int value) const;
 
     /** The value so many places further on in the range; beyond its ends the first or the last. */

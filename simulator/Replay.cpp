@@ -34,7 +34,7 @@ bool Replay::interrupt()
 {
     if (!port.isOpen())
         return false;
-    conversation.stop(Conversation::Time(clock.elapsed()));
+    conversation.stop(now());
     exchange();
     tcdrain(port.handle());
     port.close();
@@ -50,17 +50,13 @@ void Replay::proceed()
     termios settings{};
     if (tcgetattr(port.handle(), &settings) != 0)
         return finish(QString("the port is lost: %1").arg(qt_error_string(errno)));
-    conversation.proceed(port.readAll(), Conversation::Time(clock.elapsed()));
+    conversation.proceed(port.readAll(), now());
     exchange();
     if (!conversation.isOver())
-        return wakeTimer.start(
-            std::max(conversation.nextDue() - Conversation::Time(clock.elapsed()), Conversation::Time(0)));
-    finish(conversation.isMute()
-               ? QString("no answer at %1: look at the port, the rate (%2 baud, --baud sets "
-                         "another) and the camera's address")
-                     .arg(given)
-                     .arg(port.baudRate())
-               : QString());
+        return wakeTimer.start(std::max(conversation.nextDue() - now(), Conversation::Time(0)));
+    const QString mute("no answer at %1: look at the port, the rate (%2 baud, --baud sets another) and the "
+                       "camera's address");
+    finish(conversation.isMute() ? mute.arg(given).arg(port.baudRate()) : QString());
 }
 
 void Replay::exchange()

@@ -15,13 +15,10 @@ class Replay : public QObject
 public:
     explicit Replay(const Dialogue& dialogue);
 
-    /**
-     * Opens the port (a name or a path; 8 data bits, no parity, one stop bit, no flow control) and begins.
-     * Returns an empty text on success, otherwise the reason of the failure.
-     */
+    /** Opens the port, a name or a path, and begins. Returns an empty text, or why it failed. */
     QString start(const QString& portName, int baudRate);
 
-    /** Stops what the dialogue has set in motion, if it is not over. Returns whether it was not. */
+    /** Stops what a dialogue not over yet has set in motion. Returns whether there was one. */
     bool interrupt();
 
     /** How many answers were not the expected ones. */
@@ -41,6 +38,8 @@ private slots:
     void proceed();
 
 private:
+    Conversation::Time now() const { return Conversation::Time(clock.elapsed()); }
+
     void exchange();
     void finish(const QString& reason);
 

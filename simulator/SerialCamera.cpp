@@ -23,8 +23,6 @@ SerialCamera::SerialCamera(const ViscaCamera::Options& options, const ReplyFault
     connect(&wakeTimer, SIGNAL(timeout()), this, SLOT(passTime()));
 }
 
-SerialCamera::~SerialCamera() = default;
-
 QString SerialCamera::plugIn()
 {
     terminal.emplace();
@@ -35,7 +33,8 @@ QString SerialCamera::plugIn()
         return failure;
 
     notifier.emplace(terminal->descriptor(), QSocketNotifier::Read);
-    connect(&*notifier, &QSocketNotifier::activated, this, &SerialCamera::readLine);
+    connect(&*notifier, &QSocketNotifier::activated, this,
+            [this] { handle(camera.receive(terminal->read(), now())); });
     emit reported(QString("Camera at %1").arg(terminal->path()));
     if (!portLink.path().isEmpty())
         emit reported(QString("Link at %1").arg(portLink.path()));
@@ -59,21 +58,6 @@ const ViscaCamera& SerialCamera::present()
 {
     passTime();
     return camera;
-}
-
-void SerialCamera::readLine()
-{
-    handle(camera.receive(terminal->read(), now()));
-}
-
-void SerialCamera::passTime()
-{
-    handle(camera.advance(now()));
-}
-
-ViscaCamera::Time SerialCamera::now() const
-{
-    return ViscaCamera::Time(clock.elapsed());
 }
 
 void SerialCamera::handle(const std::vector<ViscaCamera::Event>& events)

@@ -16,34 +16,25 @@
 /** What a bad line or a bad camera does to the replies on their way to the controller. They combine. */
 struct ReplyFaults
 {
-    /** Nothing ever comes back. */
     bool noReplies = false;
-    /** Every reply comes this much later. */
     ViscaCamera::Time late{0};
     /** Every byte comes by itself, a few milliseconds after the one before. */
     bool split = false;
 };
 
 /**
- * A camera on a serial line: joins ViscaCamera and PseudoTerminal in the event loop of its thread and reports
- * each frame and reply. No timer runs while nothing is due.
- *
- * The camera lives on while it is unplugged: it keeps moving and loses what it says.
+ * A camera on a serial line, in the event loop of its thread. No timer runs while nothing is due. Unplugged
+ * it lives on: it keeps moving and loses what it says.
  */
 class SerialCamera : public QObject
 {
     Q_OBJECT
 
 public:
-    /** A camera not plugged in yet; `link` is the path of its symbolic link, empty for none. */
+    /** Not plugged in yet; `link` is the path of its symbolic link, empty for none. */
     SerialCamera(const ViscaCamera::Options& options, const ReplyFaults& replyFaults, const QString& link);
-    ~SerialCamera() override;
 
-    /**
-     * Opens a new line, makes the link lead there and reports "Camera at PATH", with a link followed by "Link
-     * at PATH", and the network change that the camera tells then. Returns an empty text on success,
-     * otherwise the reason of the failure. Must not be called twice without unplug() in between.
-     */
+    /** Opens a new line, to which the link then leads. Returns an empty text, or why it failed. */
     QString plugIn();
 
     /** Hangs up the line, takes the link away and reports "Hung up". */
@@ -56,18 +47,12 @@ signals:
     /** A frame, noise or a reply, at the moment the camera takes or gives it. */
     void happened(const ViscaCamera::Event& event);
 
-    /**
-     * One line, without its end, for each thing that happens:
-     *   "<- 81 01 06 04 FF  home"            a frame from the controller
-     *   "<- 12 34  no frame, ignored"        bytes that are no frame
-     *   "-> 90 41 FF  ACK, socket 1"         a reply as the camera gives it
-     *   ">> 90"                              bytes put on the line late or in pieces
-     */
+    /** One line, without its end, for each thing that happens, as the program's help lists them. */
     void reported(const QString& line);
 
 private slots:
-    void readLine();
-    void passTime();
+
+    void passTime() { handle(camera.advance(now())); }
 
 private:
     /** Bytes to be written by themselves, and when. */
@@ -77,7 +62,8 @@ private:
         QByteArray bytes;
     };
 
-    ViscaCamera::Time now() const;
+    ViscaCamera::Time now() const { return ViscaCamera::Time(clock.elapsed()); }
+
     void handle(const std::vector<ViscaCamera::Event>& events);
     void tell(const ViscaCamera::Event& event);
     void queueReply(const QByteArray& reply);

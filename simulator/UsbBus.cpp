@@ -93,16 +93,6 @@ void UsbBus::unplug(const QString& port)
         umockdev_testbed_detach_ioctl(testbed->devices.get(), devicePath(port).constData(), nullptr);
 }
 
-void UsbBus::addPciPort(const QString& port, const DeviceId& id)
-{
-    identify(addPort(port, addDevice("pci", "0000:03:00.0")), "pci", id);
-}
-
-void UsbBus::addBuiltInPort(const QString& port)
-{
-    addPort(port, addDevice("pnp", "00:05"));
-}
-
 QByteArray UsbBus::addDevice(const char* subsystem, const QByteArray& name, const QByteArray& parent)
 {
     return taken(umockdev_testbed_add_device(testbed->devices.get(), subsystem, name.constData(),

@@ -15,9 +15,8 @@ struct DeviceId
 };
 
 /**
- * The serial ports of a made-up computer, in place of the real ones: the system's own enumeration finds them,
- * in this process and in those that it starts. Needs umockdev-wrapper around the process; create it before
- * the program.
+ * The serial ports of a made-up computer, in place of the real ones, for this process and those that it
+ * starts. Needs umockdev-wrapper around the process; create it before the program.
  */
 class UsbBus
 {
@@ -28,26 +27,23 @@ public:
     Q_DISABLE_COPY(UsbBus)
 
     /**
-     * Plugs a serial adapter into a socket, such as "1-2". The enumeration lists adapters by their sockets.
-     * As Linux does it, the port gets the lowest "ttyUSB" number that is free; but each process counts from a
-     * number of its own, so real adapters and other runs of the tests keep out of the way.
-     *
-     * @param terminal the path of a terminal that the port leads to; with none the port cannot be opened
-     * @param name another name for the port
-     * @return the port's name
+     * Plugs a serial adapter into a socket, such as "1-2"; its port leads to `terminal`, with none it cannot
+     * be opened. Returns its name: the lowest free "ttyUSB" number, counted from one of this process alone.
      */
     QString plug(const QByteArray& socket, const DeviceId& id, const QString& terminal = {},
                  const QString& name = {});
 
-    /** Takes the adapter with this port off the bus; its port name is free again. Its line is not hung up. */
+    /** Takes the adapter with this port off the bus. Its line is not hung up. */
     void unplug(const QString& port);
 
     /** Adds a port on a PCI card, listed before all adapters. It cannot be opened. */
-    void addPciPort(const QString& port, const DeviceId& id);
+    void addPciPort(const QString& port, const DeviceId& id)
+    {
+        identify(addPort(port, addDevice("pci", "0000:03:00.0")), "pci", id);
+    }
 
-    /** Adds a port on the main board, without identifiers, listed before all adapters. It cannot be opened.
-     */
-    void addBuiltInPort(const QString& port);
+    /** Adds a port on the main board, without identifiers, listed like those. It cannot be opened. */
+    void addBuiltInPort(const QString& port) { addPort(port, addDevice("pnp", "00:05")); }
 
 private:
     struct Testbed;

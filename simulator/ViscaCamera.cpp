@@ -1,8 +1,8 @@
 #include "ViscaCamera.h"
 
 #include <algorithm>
-#include <iterator>
-#include <utility>
+#include <map>
+#include <set>
 
 namespace {
 
@@ -142,9 +142,7 @@ void ViscaCamera::finishNoise()
 // When nobody expects the rest of an unfinished frame any more.
 std::optional<Time> ViscaCamera::patienceEnds() const
 {
-    if (unfinished.isEmpty())
-        return std::nullopt;
-    return lastByteAt + frameTimeout;
+    return unfinished.isEmpty() ? std::nullopt : std::optional(lastByteAt + frameTimeout);
 }
 
 void ViscaCamera::frameArrived(const QByteArray& frame)
@@ -201,33 +199,28 @@ void ViscaCamera::carryOut(Task task, Mechanics::Parts parts, const std::functio
     const bool travels = mechanics.areTargeted(parts);
     *socket = {socket->number, travels ? Socket::State::Travelling : Socket::State::Finishing,
                clock + completionDelay, task, parts};
-    reply("x0 4s FF", QString("ACK, socket %1").arg(socket->number), {{'s', socket->number}});
+    replyFrom(socket->number, "x0 4s FF", "ACK");
 }
 
 void ViscaCamera::refuse()
 {
-    if (const Socket* socket = claimSocket({})) {
-        reply("x0 6s 41 FF", QString("not executable now, socket %1").arg(socket->number),
-              {{'s', socket->number}});
-    }
+    if (const Socket* socket = claimSocket({}))
+        replyFrom(socket->number, "x0 6s 41 FF", "not executable now");
 }
 
 bool ViscaCamera::isRefused(Task task) const
 {
     // What is under way, and what is refused then.
-    static constexpr std::pair<Task, Task> refusals[] = {
-        {Task::Drive, Task::Travel},       {Task::Drive, Task::Recall},
-        {Task::Drive, Task::StorePreset},  {Task::Travel, Task::Drive},
-        {Task::Travel, Task::Recall},      {Task::Travel, Task::StorePreset},
-        {Task::Travel, Task::ResetPreset}, {Task::Recall, Task::Drive},
-        {Task::Recall, Task::Travel},      {Task::Recall, Task::StorePreset},
-        {Task::Recall, Task::ResetPreset}, {Task::Recall, Task::Zoom},
+    static const std::map<Task, std::set<Task>> refusals{
+        {Task::Drive, {Task::Travel, Task::Recall, Task::StorePreset}},
+        {Task::Travel, {Task::Drive, Task::Recall, Task::StorePreset, Task::ResetPreset}},
+        {Task::Recall, {Task::Drive, Task::Travel, Task::StorePreset, Task::ResetPreset, Task::Zoom}},
     };
     if (!on)
         return task != Task::Power;
     return rules == BusyRules::Strict &&
-           std::any_of(std::begin(refusals), std::end(refusals), [&](const std::pair<Task, Task>& refusal) {
-               return refusal.second == task && isUnderWay(refusal.first);
+           std::any_of(refusals.begin(), refusals.end(), [&](const auto& refusal) {
+               return refusal.second.count(task) > 0 && isUnderWay(refusal.first);
            });
 }
 
@@ -263,15 +256,13 @@ void ViscaCamera::takeOver(Mechanics::Parts parts)
 
 void ViscaCamera::cancel(int socketNumber)
 {
-    const auto socket = std::find_if(sockets.begin(), sockets.end(), [=](const Socket& candidate) {
-        return candidate.number == socketNumber && candidate.state != Socket::State::Free;
-    });
-    if (socket == sockets.end()) {
-        return reply("x0 6s 05 FF", QString("no such socket, socket %1").arg(socketNumber),
-                     {{'s', socketNumber}});
+    for (Socket& socket : sockets) {
+        if (socket.number != socketNumber || socket.state == Socket::State::Free)
+            continue;
+        release(socket);
+        return replyFrom(socketNumber, "x0 6s 04 FF", "cancelled");
     }
-    release(*socket);
-    reply("x0 6s 04 FF", QString("cancelled, socket %1").arg(socketNumber), {{'s', socketNumber}});
+    replyFrom(socketNumber, "x0 6s 05 FF", "no such socket");
 }
 
 // A free socket; where there is none, that of a command which a newer one that moves `parts` ends anyway.
@@ -294,7 +285,7 @@ ViscaCamera::Socket* ViscaCamera::claimSocket(Mechanics::Parts parts)
 void ViscaCamera::complete(Socket& socket)
 {
     release(socket);
-    reply("x0 5s FF", QString("completion, socket %1").arg(socket.number), {{'s', socket.number}});
+    replyFrom(socket.number, "x0 5s FF", "completion");
 }
 
 // A travelling socket takes its journey with it: what it moves stands where it is. After an arrival that
@@ -308,20 +299,10 @@ void ViscaCamera::release(Socket& socket)
 
 std::optional<ViscaCamera::Time> ViscaCamera::completion(const Socket& socket) const
 {
-    switch (socket.state) {
-    case Socket::State::Finishing:
-        return socket.completesFrom;
-    case Socket::State::Travelling:
-        return std::max(socket.completesFrom, mechanics.arrival(socket.parts));
-    case Socket::State::Free:
-        break;
-    }
-    return std::nullopt;
-}
-
-void ViscaCamera::syntaxError(const QString& reason)
-{
-    reply("x0 60 02 FF", "syntax error, " + reason);
+    if (socket.state == Socket::State::Free)
+        return std::nullopt;
+    const bool travels = socket.state == Socket::State::Travelling;
+    return travels ? std::max(socket.completesFrom, mechanics.arrival(socket.parts)) : socket.completesFrom;
 }
 
 void ViscaCamera::reply(std::string_view pattern, const QString& words, FrameNumbers numbers)
@@ -329,4 +310,9 @@ void ViscaCamera::reply(std::string_view pattern, const QString& words, FrameNum
     // Camera 1 answers as 9, camera 2 as A.
     numbers.insert('x', address + 8);
     events.push_back({Event::Kind::Reply, makeFrame(pattern, numbers), words});
+}
+
+void ViscaCamera::replyFrom(int socket, std::string_view pattern, const QString& words)
+{
+    reply(pattern, QString("%1, socket %2").arg(words).arg(socket), {{'s', socket}});
 }

@@ -19,27 +19,20 @@
 /**
  * A pan-tilt-zoom camera that speaks VISCA, without a line, a screen or a clock of its own.
  *
- * The owner hands it what arrives and tells it the time; the camera hands back what happened: each frame it
- * took from the stream and each reply it gives. The clock is milliseconds since any fixed moment and never
- * runs backwards (an earlier time than the last one counts as the last one). Nothing happens between two
- * calls, yet everything happens at its exact time: a late call catches up in order.
+ * The owner hands it what arrives and tells it the time, in milliseconds since any fixed moment; the camera
+ * hands back each frame it took from the stream and each reply it gives. Nothing happens between two calls,
+ * yet everything happens at its exact time: a late call catches up in order, an earlier time counts as the
+ * last one. Any byte stream is survived with bounded memory.
  *
  * Where real cameras differ, this one is fixed so:
- *  - It takes one frame per video frame, acts on it and answers it `replyDelay` later.
  *  - The newest command wins. One that moves pan and tilt ends a Home or recall under way, which is told its
  *    completion; a zoom command takes only the zoom from a recall, which completes with pan and tilt.
  *  - Recalling a preset that was never stored is "not executable", and so is moving the focus by hand while
  *    it is automatic.
- *  - Frames for other cameras and unknown broadcasts get no answer. An address that it is offered holds for
- *    the very next frame.
- *  - Home and a reset move pan and tilt only; recalling a preset moves the zoom too. A position beyond what
- *    the mechanics can do leads to their limit, and one beyond the limits that were set leads to these.
- *  - In standby it refuses each command but power. Inquiries are answered, and so is what keeps the line in
- *    order: address set, interface clear and cancel. Switched on, it stands where it stood, and its registers
- *    are as after power-on.
+ *  - Home and a reset move pan and tilt only. A position out of range leads to the limit.
+ *  - In standby it refuses each command but power; inquiries and what keeps the line in order are answered.
+ *    Switched on, it stands where it stood, and its registers are as after power-on.
  *  - Interface clear ends every journey where it is, without a word; a drive goes on.
- *
- * Any byte stream is survived with bounded memory.
  */
 class ViscaCamera
 {
@@ -49,11 +42,9 @@ public:
 
     enum class BusyRules
     {
-        /** Every command is accepted at any time. Speed code 00 is the slowest speed; tilt codes up to 18
-           (hex) and zoom codes up to F act as the fastest. */
+        /** Every command is accepted, and a speed code beyond the slowest or fastest acts as that. */
         Lenient,
-        /** As one strict family of cameras: what would disturb a drive, a Home or a recall under way is
-           refused, and so is each speed code without a speed of its own and each position out of range. */
+        /** What would disturb a motion under way is refused, and so is a speed or position out of range. */
         Strict
     };
 
@@ -77,13 +68,11 @@ public:
     /** Something that happened, in bytes and in words (English, ASCII, without the bytes). */
     struct Event
     {
+        /** A whole frame, of one too long the first 17 bytes; bytes of no whole frame; or a reply. */
         enum class Kind
         {
-            /** A frame from the controller, from its header to FF; of one too long the first 17 bytes. */
             Frame,
-            /** Bytes that belong to no frame, or to one whose rest never came. */
             Noise,
-            /** A reply to the controller. */
             Reply
         };
 
@@ -92,37 +81,34 @@ public:
         QString words;
     };
 
-    /** A camera that looks straight ahead, zoomed out, with no presets stored. */
+    /** Looks straight ahead, zoomed out, with no presets stored. */
     explicit ViscaCamera(const Options& options = BusyRules::Lenient);
-    ViscaCamera(const ViscaCamera&) = delete;
-    ViscaCamera& operator=(const ViscaCamera&) = delete;
+    Q_DISABLE_COPY(ViscaCamera)
 
     /** Tells that the camera has come onto the line: the network change, which nobody asked for. */
     std::vector<Event> comeOntoLine(Time now);
 
-    /** Takes `bytes` as arriving at `now`, cut anywhere. Returns what fell due until now, then what arrived.
-     */
+    /** Takes `bytes`, cut anywhere, and returns what fell due until now, then what arrived. */
     std::vector<Event> receive(const QByteArray& bytes, Time now);
 
     /** Lets time pass until `now` and returns what fell due, in order. */
     std::vector<Event> advance(Time now);
 
-    /** When advance() next has something to do; nothing while no reply is outstanding and no frame
-     * unfinished, even if the camera moves. */
+    /** When advance() next has something to do; nothing while the camera only moves or rests. */
     std::optional<Time> nextDue() const;
 
-    /** The position at the last time the camera was told. */
+    /** The position at the last time it was told. */
     Position position() const { return mechanics.position(clock); }
 
     /** Whether it was moving at that time: pan, tilt or zoom. */
     bool isMoving() const { return mechanics.isMoving(Mechanics::PanTilt | Mechanics::Zoom, clock); }
 
-    /** Whether it is switched on, not in standby. */
     bool isOn() const { return on; }
 
-    /** Whether it shows left and right exchanged, or up and down. */
+    /** Whether it shows left and right exchanged. */
     bool isMirrored() const { return registers.isOn(Registers::mirror); }
 
+    /** Whether it shows up and down exchanged. */
     bool isFlipped() const { return registers.isOn(Registers::flip); }
 
     /** The stored presets by number, from 0. */
@@ -134,7 +120,6 @@ public:
         QString name;
         /** Its pattern. */
         QByteArray frame;
-        /** Makes the camera act on it, with the numbers in it. */
         std::function<void(ViscaCamera& camera, const FrameNumbers& numbers)> act;
         /** The values of a register. */
         QString range = {};
@@ -204,7 +189,9 @@ private:
     void release(Socket& socket);
     std::optional<Time> completion(const Socket& socket) const;
     void reply(std::string_view pattern, const QString& words, FrameNumbers numbers = {});
-    void syntaxError(const QString& reason);
+    void replyFrom(int socket, std::string_view pattern, const QString& words);
+
+    void syntaxError(const QString& reason) { reply("x0 60 02 FF", "syntax error, " + reason); }
 
     // ViscaCommands.cpp: what the frames mean.
     static void addCommands(std::vector<KnownFrame>& frames);
@@ -213,10 +200,6 @@ private:
     bool hasSpeeds(int panCode, int tiltCode);
     bool accepts(double position, double low, double high);
     bool acceptsDirection(double pan, double tilt);
-    void switchOn();
-    void switchOff();
-    void drive(const FrameNumbers& numbers, int panWay, int tiltWay);
-    void home();
     void goTo(const FrameNumbers& numbers, const Position& from);
     void travel(double pan, double tilt, int panCode, int tiltCode);
     void setLimit(Mechanics::Corner corner, double pan, double tilt);
@@ -224,10 +207,8 @@ private:
     void lensTo(Mechanics::Parts parts, int zoom, int focus);
     void orderLens(Mechanics::Parts parts, const std::function<void()>& start);
     void changePreset(int preset, Task task, const std::function<void()>& change);
-    void resetPreset(int preset);
     void recallPreset(int preset);
     void setRegister(const Register& row, int value);
-    void tellPosition();
     void tellBlock(std::size_t block);
 
     const BusyRules rules;

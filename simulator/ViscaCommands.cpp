@@ -9,6 +9,8 @@
 namespace {
 
 using Corner = Mechanics::Corner;
+using C = ViscaCamera;
+using N = const FrameNumbers&;
 
 // The fastest tilt code that is accepted beyond those with a speed of their own.
 constexpr int lenientFastestTiltCode = 0x18;
@@ -39,14 +41,17 @@ const std::vector<ViscaCamera::KnownFrame>& ViscaCamera::knownFrames()
 
 void ViscaCamera::addCommands(std::vector<KnownFrame>& frames)
 {
-    using C = ViscaCamera;
-    using N = const FrameNumbers&;
     const auto add = [&frames](const char* name, const char* frame, auto act) {
         frames.push_back({name, frame, act});
     };
     const auto drive = [](int panWay, int tiltWay) {
-        return [=](C& camera, N n) { camera.drive(n, panWay, tiltWay); };
+        return [=](C& c, N n) {
+            if (c.hasSpeeds(n['V'], n['W']))
+                c.carryOut(Task::Drive, Mechanics::PanTilt,
+                           [=, &c] { c.mechanics.drive(panWay, n['V'], tiltWay, n['W'], c.clock); });
+        };
     };
+    const auto home = [](C& c, N) { c.travel(0, 0, Mechanics::fastestPanCode, Mechanics::fastestTiltCode); };
     // Without a speed in the frame it is the standard speed.
     const auto lens = [](Mechanics::Part part, int way) {
         return
@@ -71,8 +76,19 @@ void ViscaCamera::addCommands(std::vector<KnownFrame>& frames)
     add("interface clear, broadcast", "88 01 00 01 FF", clear("88 01 00 01 FF"));
     add("interface clear", "8x 01 00 01 FF", clear("x0 50 FF"));
     add("cancel socket", "8x 2p FF", [](C& c, N n) { c.cancel(n['p']); });
-    add("power on", "8x 01 04 00 02 FF", [](C& c, N) { c.switchOn(); });
-    add("power off", "8x 01 04 00 03 FF", [](C& c, N) { c.switchOff(); });
+    add("power on", "8x 01 04 00 02 FF", [](C& c, N) {
+        c.carryOut(Task::Power, {}, [&c] {
+            if (!c.on)
+                c.registers = Registers();
+            c.on = true;
+        });
+    });
+    add("power off", "8x 01 04 00 03 FF", [](C& c, N) {
+        c.carryOut(Task::Power, Mechanics::Everything, [&c] {
+            c.mechanics.stopEverything(c.clock);
+            c.on = false;
+        });
+    });
     add("drive up", "8x 01 06 01 VV WW 03 01 FF", drive(0, 1));
     add("drive down", "8x 01 06 01 VV WW 03 02 FF", drive(0, -1));
     add("drive left", "8x 01 06 01 VV WW 01 03 FF", drive(-1, 0));
@@ -82,8 +98,8 @@ void ViscaCamera::addCommands(std::vector<KnownFrame>& frames)
     add("drive down-left", "8x 01 06 01 VV WW 01 02 FF", drive(-1, -1));
     add("drive down-right", "8x 01 06 01 VV WW 02 02 FF", drive(1, -1));
     add("drive stop", "8x 01 06 01 VV WW 03 03 FF", drive(0, 0));
-    add("home", "8x 01 06 04 FF", [](C& c, N) { c.home(); });
-    add("pan-tilt reset", "8x 01 06 05 FF", [](C& c, N) { c.home(); });
+    add("home", "8x 01 06 04 FF", home);
+    add("pan-tilt reset", "8x 01 06 05 FF", home);
     add("absolute position", "8x 01 06 02 VV WW 0Y 0Y 0Y 0Y 0Z 0Z 0Z 0Z FF",
         [](C& c, N n) { c.goTo(n, {}); });
     add("relative position", "8x 01 06 03 VV WW 0Y 0Y 0Y 0Y 0Z 0Z 0Z 0Z FF",
@@ -112,7 +128,14 @@ void ViscaCamera::addCommands(std::vector<KnownFrame>& frames)
         [](C& c, N n) { c.lensTo(Mechanics::Focus, {}, n['p']); });
     add("focus infinity", "8x 01 04 18 02 FF",
         [](C& c, N) { c.lensTo(Mechanics::Focus, {}, whole(Mechanics::focusFar)); });
-    add("reset preset", "8x 01 04 3F 00 pp FF", [](C& c, N n) { c.resetPreset(n['p']); });
+    add("reset preset", "8x 01 04 3F 00 pp FF", [](C& c, N n) {
+        c.changePreset(n['p'], Task::ResetPreset, [&c, preset = n['p']] {
+            c.storedPresets.remove(preset);
+            c.presetSpeeds.remove(preset);
+            if (c.lastRecalled == preset)
+                c.lastRecalled = 0;
+        });
+    });
     add("store preset", "8x 01 04 3F 01 pp FF", [](C& c, N n) {
         c.changePreset(n['p'], Task::StorePreset, [&c, n] { c.storedPresets[n['p']] = c.position(); });
     });
@@ -125,8 +148,6 @@ void ViscaCamera::addCommands(std::vector<KnownFrame>& frames)
 
 void ViscaCamera::addInquiries(std::vector<KnownFrame>& frames)
 {
-    using C = ViscaCamera;
-    using N = const FrameNumbers&;
     const auto add = [&frames](const char* name, const char* frame, auto act) {
         frames.push_back({name, frame, act});
     };
@@ -140,7 +161,12 @@ void ViscaCamera::addInquiries(std::vector<KnownFrame>& frames)
     });
     add("power inquiry", "8x 09 04 00 FF",
         [](C& c, N) { c.reply(c.on ? "x0 50 02 FF" : "x0 50 03 FF", c.on ? "on" : "standby"); });
-    add("pan-tilt position inquiry", "8x 09 06 12 FF", [](C& c, N) { c.tellPosition(); });
+    add("pan-tilt position inquiry", "8x 09 06 12 FF", [](C& c, N) {
+        const Position here = c.position();
+        c.reply("x0 50 0Y 0Y 0Y 0Y 0Z 0Z 0Z 0Z FF",
+                QString("pan %1, tilt %2 degrees").arg(here.pan, 0, 'f', 1).arg(here.tilt, 0, 'f', 1),
+                {{'Y', steps(here.pan)}, {'Z', steps(here.tilt)}});
+    });
     add("pan-tilt status inquiry", "8x 09 06 10 FF", [](C& c, N) {
         const int status = c.mechanics.panTiltStatus(c.clock);
         c.reply("x0 50 pp pp FF", QString("status %1").arg(status, 4, 16, QChar('0')), {{'p', status}});
@@ -162,8 +188,6 @@ void ViscaCamera::addInquiries(std::vector<KnownFrame>& frames)
 
 void ViscaCamera::addRegisters(std::vector<KnownFrame>& frames)
 {
-    using C = ViscaCamera;
-    using N = const FrameNumbers&;
     const auto add = [&frames](const QString& name, const QByteArray& form, auto act,
                                const char* range = "") {
         if (!form.isEmpty())
@@ -177,12 +201,12 @@ void ViscaCamera::addRegisters(std::vector<KnownFrame>& frames)
                 c.setRegister(row, row.neighbour(c.registers.value(row.name), places));
             };
         };
-        const auto setTo = [&row](int value) { return [=, &row](C& c, N) { c.setRegister(row, value); }; };
         add(
             name, row.sets, [&row](C& c, N n) { c.setRegister(row, n.value('p', row.afterPowerOn)); },
             row.range);
         if (steps.contains('s')) {
-            add(name + " reset", QByteArray(steps).replace('s', '0'), setTo(row.afterPowerOn));
+            add(name + " reset", QByteArray(steps).replace('s', '0'),
+                [&row](C& c, N) { c.setRegister(row, row.afterPowerOn); });
             add(name + " up", QByteArray(steps).replace('s', '2'), step(1));
             add(name + " down", QByteArray(steps).replace('s', '3'), step(-1));
         } else {
@@ -203,8 +227,9 @@ bool ViscaCamera::hasSpeeds(int panCode, int tiltCode)
 {
     const bool strict = rules == BusyRules::Strict;
     const int slowest = strict ? Mechanics::slowestCode : 0;
+    const int fastestTilt = strict ? Mechanics::fastestTiltCode : lenientFastestTiltCode;
     const bool has = panCode >= slowest && panCode <= Mechanics::fastestPanCode && tiltCode >= slowest &&
-                     tiltCode <= (strict ? Mechanics::fastestTiltCode : lenientFastestTiltCode);
+                     tiltCode <= fastestTilt;
     if (!has)
         syntaxError("no such speed");
     return has;
@@ -223,36 +248,6 @@ bool ViscaCamera::acceptsDirection(double pan, double tilt)
 {
     return accepts(pan, -Mechanics::panLimit, Mechanics::panLimit) &&
            accepts(tilt, Mechanics::tiltLowLimit, Mechanics::tiltHighLimit);
-}
-
-void ViscaCamera::switchOn()
-{
-    carryOut(Task::Power, {}, [=] {
-        if (!on)
-            registers = Registers();
-        on = true;
-    });
-}
-
-void ViscaCamera::switchOff()
-{
-    carryOut(Task::Power, Mechanics::Everything, [=] {
-        mechanics.stopEverything(clock);
-        on = false;
-    });
-}
-
-void ViscaCamera::drive(const FrameNumbers& numbers, int panWay, int tiltWay)
-{
-    if (hasSpeeds(numbers['V'], numbers['W'])) {
-        carryOut(Task::Drive, Mechanics::PanTilt,
-                 [=] { mechanics.drive(panWay, numbers['V'], tiltWay, numbers['W'], clock); });
-    }
-}
-
-void ViscaCamera::home()
-{
-    travel(0, 0, Mechanics::fastestPanCode, Mechanics::fastestTiltCode);
 }
 
 // Counted from there. One speed for both axes is the form of several families.
@@ -293,17 +288,14 @@ void ViscaCamera::driveLens(Mechanics::Part part, int way, int code)
 // Of zoom and focus those that are among `parts`.
 void ViscaCamera::lensTo(Mechanics::Parts parts, int zoom, int focus)
 {
-    const bool movesZoom = parts & Mechanics::Zoom;
-    const bool movesFocus = parts & Mechanics::Focus;
-    if (movesZoom && !accepts(zoom, 0, Mechanics::zoomTele))
-        return;
-    if (movesFocus && !accepts(focus, Mechanics::focusFar, Mechanics::focusNear))
+    const bool accepted =
+        (!(parts & Mechanics::Zoom) || accepts(zoom, 0, Mechanics::zoomTele)) &&
+        (!(parts & Mechanics::Focus) || accepts(focus, Mechanics::focusFar, Mechanics::focusNear));
+    if (!accepted)
         return;
     orderLens(parts, [=] {
-        if (movesZoom)
-            mechanics.lensTo(Mechanics::Zoom, zoom, clock);
-        if (movesFocus)
-            mechanics.lensTo(Mechanics::Focus, focus, clock);
+        mechanics.lensTo(parts & Mechanics::Zoom, zoom, clock);
+        mechanics.lensTo(parts & Mechanics::Focus, focus, clock);
     });
 }
 
@@ -321,16 +313,6 @@ void ViscaCamera::changePreset(int preset, Task task, const std::function<void()
         carryOut(task, {}, change);
     else
         syntaxError("no such preset");
-}
-
-void ViscaCamera::resetPreset(int preset)
-{
-    changePreset(preset, Task::ResetPreset, [=] {
-        storedPresets.remove(preset);
-        presetSpeeds.remove(preset);
-        if (lastRecalled == preset)
-            lastRecalled = 0;
-    });
 }
 
 void ViscaCamera::recallPreset(int preset)
@@ -355,14 +337,6 @@ void ViscaCamera::setRegister(const Register& row, int value)
     carryOut(Task::Other, {}, [=, &row] { registers.set(row, value); });
 }
 
-void ViscaCamera::tellPosition()
-{
-    const Position here = position();
-    reply("x0 50 0Y 0Y 0Y 0Y 0Z 0Z 0Z 0Z FF",
-          QString("pan %1, tilt %2 degrees").arg(here.pan, 0, 'f', 1).arg(here.tilt, 0, 'f', 1),
-          {{'Y', steps(here.pan)}, {'Z', steps(here.tilt)}});
-}
-
 // The layout is that of several cameras' manuals: the lens, the picture, the rest, and the digital zoom, of
 // which this camera has nothing to tell.
 void ViscaCamera::tellBlock(std::size_t block)
@@ -376,19 +350,19 @@ void ViscaCamera::tellBlock(std::size_t block)
     if (block >= blocks.size())
         return syntaxError("no such block");
 
-    const auto bit = [](bool isSet, int mask) { return isSet ? mask : 0; };
+    const auto isOn = [this](const char* name, int bit) { return registers.isOn(name) ? bit : 0; };
+    const auto moves = [this](Mechanics::Part part, int bit) {
+        return mechanics.isMoving(part, clock) ? bit : 0;
+    };
     FrameNumbers numbers{
         {'z', whole(position().zoom)},
         {'t', whole(mechanics.focus(clock))},
-        {'m',
-         bit(registers.isOn(Registers::focusMode), 0x01) | bit(registers.isOn(Registers::digitalZoom), 0x02)},
-        {'c', bit(mechanics.isMoving(Mechanics::Zoom, clock), 0x01) |
-                  bit(mechanics.isMoving(Mechanics::Focus, clock), 0x02) |
-                  bit(isUnderWay(Task::Recall), 0x04)},
-        {'k', bit(registers.isOn(Registers::backlight), 0x04) |
-                  bit(registers.isOn(Registers::exposureCompensation), 0x02)},
-        {'o', bit(on, 0x01)},
-        {'n', bit(registers.isOn(Registers::mirror), 0x04)},
+        {'m', isOn(Registers::focusMode, 0x01) | isOn(Registers::digitalZoom, 0x02)},
+        {'c', moves(Mechanics::Zoom, 0x01) | moves(Mechanics::Focus, 0x02) |
+                  (isUnderWay(Task::Recall) ? 0x04 : 0)},
+        {'k', isOn(Registers::backlight, 0x04) | isOn(Registers::exposureCompensation, 0x02)},
+        {'o', on ? 0x01 : 0},
+        {'n', isOn(Registers::mirror, 0x04)},
     };
     for (const Register& row : Registers::table()) {
         if (row.blockLetter != 0)

@@ -52,9 +52,8 @@ int replay(const CommandLine::Replay& wanted)
     if (!fault.isEmpty())
         fail(fault, exitUsage);
     if (!dialogue.changes.isEmpty() && !wanted.mayChange) {
-        fail(QString("the dialogue %1 changes %2; --allow-changes holds it all the same")
-                 .arg(dialogue.name, dialogue.changes),
-             exitUsage);
+        const QString reason("the dialogue %1 changes %2; --allow-changes holds it all the same");
+        fail(reason.arg(dialogue.name, dialogue.changes), exitUsage);
     }
     Replay replay(dialogue);
     QObject::connect(&replay, &Replay::reported, printLine);
@@ -96,27 +95,22 @@ int main(int argc, char* argv[])
     if (!failure.isEmpty())
         fail(failure, exitUsage);
     if (view) {
-        QObject::connect(qGuiApp, &QGuiApplication::lastWindowClosed, qGuiApp,
-                         [] { printLine("Window closed"); });
+        QObject::connect(qGuiApp, &QGuiApplication::lastWindowClosed, [] { printLine("Window closed"); });
         view->show();
     }
 
-    QTimer comeBack;
-    comeBack.setSingleShot(true);
-    comeBack.setInterval(settings.comeBackAfter);
-    QObject::connect(&comeBack, &QTimer::timeout, &camera, [&camera] {
+    const auto comeBack = [&camera] {
         const QString reason = camera.plugIn();
         if (reason.isEmpty())
             return;
         complain(reason);
         QCoreApplication::exit(EXIT_FAILURE);
-    });
-
-    QTimer hangUp;
-    hangUp.setSingleShot(true);
-    QObject::connect(&hangUp, &QTimer::timeout, &camera, &SerialCamera::unplug);
-    QObject::connect(&hangUp, &QTimer::timeout, &comeBack, qOverload<>(&QTimer::start));
+    };
+    const auto hangUp = [&] {
+        camera.unplug();
+        QTimer::singleShot(settings.comeBackAfter, &camera, comeBack);
+    };
     if (settings.hangUpAfter)
-        hangUp.start(*settings.hangUpAfter);
+        QTimer::singleShot(*settings.hangUpAfter, &camera, hangUp);
     return QCoreApplication::exec();
 }

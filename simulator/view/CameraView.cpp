@@ -15,8 +15,6 @@ namespace {
 
 // 62 a second: the nearest that whole milliseconds allow above 60.
 constexpr int frameInterval = 16;
-constexpr QSize defaultSize(800, 450);
-constexpr QSize smallestSize(640, 360);
 
 // Pixels.
 constexpr int margin = 10;
@@ -25,6 +23,7 @@ constexpr int rowHeight = 18;
 constexpr double mapScale = 0.5;
 constexpr int columnWidth = 88;
 constexpr int captionWidth = 72;
+constexpr double panelRadius = 5;
 constexpr double markRadius = 9;
 constexpr double widestMark = 120;
 constexpr double rulerHeight = 20;
@@ -50,11 +49,16 @@ QFont fontOfHeight(QFont font, int pixels)
     return font;
 }
 
-void paintPanel(QPainter& painter, const QRectF& area)
+void fill(QPainter& painter, const QRectF& area, double radius, const QColor& colour)
 {
     painter.setPen(Qt::NoPen);
-    painter.setBrush(panel);
-    painter.drawRoundedRect(area, 5, 5);
+    painter.setBrush(colour);
+    painter.drawRoundedRect(area, radius, radius);
+}
+
+QRectF around(const QPointF& middle, double width, double height)
+{
+    return {middle.x() - width / 2, middle.y() - height / 2, width, height};
 }
 
 // `text` on one row, cut with an ellipsis where it is too long.
@@ -81,20 +85,14 @@ CameraView::CameraView(Look lookAtCamera, QWidget* parent)
     , look(std::move(lookAtCamera))
     , smallFont(fontOfHeight(font(), 12))
     , numberFont(fontOfHeight(QFontDatabase::systemFont(QFontDatabase::FixedFont), 12))
-    , frameTimer(this)
 {
     setWindowTitle("Simulated camera");
-    setMinimumSize(smallestSize);
+    setMinimumSize(640, 360);
     setAttribute(Qt::WA_OpaquePaintEvent);
     frameTimer.setTimerType(Qt::PreciseTimer);
     frameTimer.setInterval(frameInterval);
     connect(&frameTimer, SIGNAL(timeout()), this, SLOT(showPresent()));
     showPresent();
-}
-
-QSize CameraView::sizeHint() const
-{
-    return defaultSize;
 }
 
 CameraView::Texts CameraView::texts() const
@@ -103,23 +101,20 @@ CameraView::Texts CameraView::texts() const
     for (auto preset = presets.cbegin(); preset != presets.cend(); ++preset)
         numbers += QString::number(preset.key());
 
-    const QString zoom =
-        QString("%1%2").arg(Projection::magnification(position.zoom), 0, 'f', 1).arg(QChar(0xD7));
+    const QString times = QString::number(Projection::magnification(position.zoom), 'f', 1) + QChar(0xD7);
     const QString steps = QString("%1").arg(std::lround(position.zoom), 4, 16, QChar('0')).toUpper();
-    return {signedDegrees(position.pan),       signedDegrees(position.tilt),
-            QString("%1 %2").arg(zoom, steps), command.words,
-            hexadecimal(command.bytes),        reply.words,
-            hexadecimal(reply.bytes),          numbers.join(' ')};
+    return {signedDegrees(position.pan), signedDegrees(position.tilt),
+            times + ' ' + steps,         command.words,
+            hexadecimal(command.bytes),  reply.words,
+            hexadecimal(reply.bytes),    numbers.join(' ')};
 }
 
 void CameraView::take(const ViscaCamera::Event& event)
 {
-    if (event.kind == ViscaCamera::Event::Kind::Reply) {
-        reply = event;
-    } else {
+    const bool isReply = event.kind == ViscaCamera::Event::Kind::Reply;
+    reply = isReply ? event : ViscaCamera::Event{};
+    if (!isReply)
         command = event;
-        reply = {};
-    }
     update();
     if (!frameTimer.isActive())
         frameTimer.start();
@@ -177,11 +172,9 @@ void CameraView::paintPresetMarks(QPainter& painter, const Projection& projectio
         constexpr int flags = Qt::AlignCenter | Qt::TextWordWrap;
         const QString text = numbers.join(' ');
         const QRectF letters = painter.boundingRect(QRectF(0, 0, widestMark, height()), flags, text);
-        QRectF badge({}, (letters.size() + QSizeF(padding, 0)).expandedTo({2 * markRadius, 2 * markRadius}));
-        badge.moveCenter(place);
-        painter.setPen(Qt::NoPen);
-        painter.setBrush(amber);
-        painter.drawRoundedRect(badge, markRadius, markRadius);
+        const QRectF badge = around(place, std::max(letters.width() + padding, 2 * markRadius),
+                                    std::max(letters.height(), 2 * markRadius));
+        fill(painter, badge, markRadius, amber);
         painter.setPen(Qt::black);
         painter.drawText(badge, flags, text);
     }
@@ -226,17 +219,18 @@ void CameraView::paintPosition(QPainter& painter, const Texts& shown) const
 {
     const QRectF area(rulerWidth + margin, rulerHeight + margin, 3 * columnWidth + 2 * padding,
                       2 * rowHeight + padding);
-    paintPanel(painter, area);
+    fill(painter, area, panelRadius, panel);
     QRectF cell(area.left() + padding, area.top() + padding / 2.0, columnWidth, rowHeight);
-    const std::pair<const char*, const QString*> columns[] = {
-        {"Pan", &shown.pan}, {"Tilt", &shown.tilt}, {"Zoom", &shown.zoom}};
-    for (const auto& [caption, value] : columns) {
+    const auto paintColumn = [&](const char* caption, const QString& value) {
         painter.setFont(smallFont);
         paintText(painter, cell, dim, caption);
         painter.setFont(numberFont);
-        paintText(painter, cell.translated(0, rowHeight), moving ? amber : bright, *value);
+        paintText(painter, cell.translated(0, rowHeight), moving ? amber : bright, value);
         cell.translate(columnWidth, 0);
-    }
+    };
+    paintColumn("Pan", shown.pan);
+    paintColumn("Tilt", shown.tilt);
+    paintColumn("Zoom", shown.zoom);
 }
 
 QRectF CameraView::mapArea() const
@@ -259,7 +253,7 @@ void CameraView::paintMap(QPainter& painter, const Texts& shown) const
     const QRectF below(area.left(), area.bottom() + padding, area.width(), height());
     painter.setFont(smallFont);
     const QRectF list = painter.boundingRect(below, Qt::TextWordWrap, presetList);
-    paintPanel(painter, area.united(list).adjusted(-padding, -padding, padding, padding));
+    fill(painter, area.united(list).adjusted(-padding, -padding, padding, padding), panelRadius, panel);
     painter.setPen(bright);
     painter.drawText(list, Qt::TextWordWrap, presetList);
 
@@ -269,21 +263,16 @@ void CameraView::paintMap(QPainter& painter, const Texts& shown) const
     painter.drawLine(mapPointAt(-Mechanics::panLimit, 0), mapPointAt(Mechanics::panLimit, 0));
     painter.drawLine(mapPointAt(0, Mechanics::tiltLowLimit), mapPointAt(0, Mechanics::tiltHighLimit));
 
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(dim);
     for (const ViscaCamera::Position& preset : presets)
-        painter.drawEllipse(mapPointAt(preset.pan, preset.tilt), 1.5, 1.5);
+        fill(painter, around(mapPointAt(preset.pan, preset.tilt), 3, 3), 1.5, dim);
 
     // What the picture shows, as wide and high as it is near the horizon.
     const double field = Projection::fieldOfView(position.zoom);
-    QRectF seen(0, 0, field * mapScale, field * mapScale * height() / width());
-    seen.moveCenter(mapPointAt(position.pan, position.tilt));
+    const QPointF here = mapPointAt(position.pan, position.tilt);
     painter.setPen(amber);
     painter.setBrush(QColor(0xff, 0xb0, 0x2e, 0x40));
-    painter.drawRect(seen & area);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(amber);
-    painter.drawEllipse(seen.center(), 2, 2);
+    painter.drawRect(around(here, field * mapScale, field * mapScale * height() / width()) & area);
+    fill(painter, around(here, 4, 4), 2, amber);
 }
 
 void CameraView::paintProtocol(QPainter& painter, const Texts& shown) const
@@ -293,17 +282,18 @@ void CameraView::paintProtocol(QPainter& painter, const Texts& shown) const
     const double left = rulerWidth + margin;
     const double high = 4 * rowHeight + padding;
     const QRectF area(left, height() - margin - high, width() - margin - left, high);
-    paintPanel(painter, area);
+    fill(painter, area, panelRadius, panel);
 
-    const QRectF row(area.left() + padding, area.top() + padding / 2.0, area.width() - 2 * padding,
-                     rowHeight);
-    const QRectF words = row.adjusted(captionWidth, 0, 0, 0);
-    painter.setFont(smallFont);
-    paintText(painter, row, dim, "Command");
-    paintText(painter, words, bright, shown.command);
-    paintText(painter, row.translated(0, 2 * rowHeight), dim, "Reply");
-    paintText(painter, words.translated(0, 2 * rowHeight), bright, shown.reply);
-    painter.setFont(numberFont);
-    paintText(painter, words.translated(0, rowHeight), amber, shown.commandBytes);
-    paintText(painter, words.translated(0, 3 * rowHeight), amber, shown.replyBytes);
+    QRectF row(area.left() + padding, area.top() + padding / 2.0, area.width() - 2 * padding, rowHeight);
+    const auto paintRow = [&](const QFont& font, const char* caption, const QColor& colour,
+                              const QString& text) {
+        painter.setFont(font);
+        paintText(painter, row, dim, caption);
+        paintText(painter, row.adjusted(captionWidth, 0, 0, 0), colour, text);
+        row.translate(0, rowHeight);
+    };
+    paintRow(smallFont, "Command", bright, shown.command);
+    paintRow(numberFont, "", amber, shown.commandBytes);
+    paintRow(smallFont, "Reply", bright, shown.reply);
+    paintRow(numberFont, "", amber, shown.replyBytes);
 }

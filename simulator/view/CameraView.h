@@ -10,9 +10,8 @@
 #include <functional>
 
 /**
- * A window with the picture of a simulated camera: the scene as it sees it, mirrored or flipped if it is set
- * so and dark in standby, over it the protocol and the presets, and a map of where it points within its
- * range.
+ * A window with the picture of a simulated camera, over it the protocol and the presets, and a map of where
+ * it points within its range.
  *
  * While the camera moves it draws 60 pictures a second; while it stands still no timer runs and nothing is
  * drawn unless something arrives.
@@ -43,11 +42,11 @@ public:
 
     explicit CameraView(Look look, QWidget* parent = nullptr);
 
-    QSize sizeHint() const override;
+    QSize sizeHint() const override { return {800, 450}; }
 
     Texts texts() const;
 
-    /** Where the map shows that direction, in degrees; in pixels of this window. */
+    /** Where the map shows that direction, given in degrees, in pixels of this window. */
     QPointF mapPointAt(double pan, double tilt) const;
 
 public slots:
@@ -72,7 +71,7 @@ private:
     const Scene scene;
     const QFont smallFont;
     const QFont numberFont;
-    QTimer frameTimer;
+    QTimer frameTimer{this};
     ViscaCamera::Position position;
     QMap<int, ViscaCamera::Position> presets;
     Projection::Turn turn{};

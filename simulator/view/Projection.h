@@ -12,23 +12,17 @@
 #include <vector>
 
 /**
- * The lens: where things in the world appear in the picture of a camera at some position.
- *
- * The camera stands at the origin, x to the right, y up and z ahead, in metres. The projection is
- * rectilinear, as a real lens draws: straight edges stay straight. Directions are pan and tilt in degrees, as
- * in ViscaCamera; the picture is in pixels with its origin at the upper left.
+ * The lens: where things in the world appear in the picture, in pixels from its upper left. Straight edges
+ * stay straight. The camera stands at the origin, x to the right, y up and z ahead, in metres.
  */
 class Projection
 {
 public:
-    /**
-     * The horizontal field of view in degrees at `zoom` (0 to 0x4000): 60 degrees wide, 3.3 degrees tele. The
-     * magnification of 1 to 20 grows exponentially with the position, as lenses of such cameras do, so a zoom
-     * at constant speed looks even.
-     */
+    /** The horizontal field of view in degrees at `zoom` (0 to 0x4000): 60 degrees wide, 3.3 degrees tele. */
     static double fieldOfView(double zoom);
 
-    /** How many times larger things appear at `zoom` than at the wide end: 1 to 20. */
+    /** How many times larger things appear than at the wide end, 1 to 20: exponential, so a zoom looks even.
+     */
     static double magnification(double zoom);
 
     /** Which sides of the picture are exchanged: left and right, up and down. */
@@ -41,8 +35,7 @@ public:
     /** A picture of `size` whose whole width is the field of view. */
     Projection(const ViscaCamera::Position& position, const QSizeF& size, const Turn& turn = {});
 
-    /** Where the direction appears, perhaps outside of the picture; nothing if it is beside or behind the
-     * camera. */
+    /** Where it appears, perhaps outside of the picture; nothing if it is beside or behind the camera. */
     std::optional<QPointF> pointAt(double pan, double tilt) const;
 
     /** The outline of a flat face with these corners, cut off at the edges of the picture; perhaps empty. */

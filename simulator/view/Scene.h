@@ -8,7 +8,6 @@
 #include <vector>
 
 class QPainter;
-class QPainterPath;
 
 /**
  * What the camera looks at: a lecture hall with a stage ahead, its audience all around, and the camera in the
@@ -20,6 +19,13 @@ class QPainterPath;
 class Scene
 {
 public:
+    /** A coloured area, with the outlines of its parts in metres from the camera. */
+    struct Face
+    {
+        std::vector<std::vector<QVector3D>> outlines;
+        QColor colour;
+    };
+
     /** Needs a QGuiApplication, for its letters. */
     Scene();
 
@@ -27,45 +33,5 @@ public:
     void draw(QPainter& painter, const Projection& projection) const;
 
 private:
-    /** A sheet in the room to draw on, in metres from `origin`. */
-    struct Sheet
-    {
-        QVector3D origin;
-        QVector3D right;
-        QVector3D up;
-    };
-
-    struct Person
-    {
-        QColor skin;
-        QColor hair;
-        QColor clothes;
-        bool longHair;
-        bool glasses;
-    };
-
-    /** A coloured area. */
-    struct Face
-    {
-        std::vector<std::vector<QVector3D>> outlines;
-        QColor colour;
-    };
-
-    void add(const Sheet& sheet, const QPainterPath& drawing, const QColor& colour);
-
-    void addRoom();
-    void addStageWall();
-    void addClock();
-    void addStage();
-    void addWindows();
-    void addRightWall();
-    void addBackWall();
-    void addAudience();
-    void addPanel();
-    void addSpeaker();
-    void addDoor(const Sheet& wall, double x);
-    void addFacing(const Sheet& sheet, double headHeight, const Person& person);
-    void addFromBehind(const Sheet& sheet, const Person& person);
-
     std::vector<Face> faces;
 };
