@@ -135,8 +135,11 @@ private slots:
         for (const auto rules : {BusyRules::Lenient, BusyRules::Strict}) {
             if (!isFor(dialogues[name], rules))
                 continue;
-            const QString report = Rehearsal(rules).hold(dialogues[name]).join('\n');
+            Rehearsal rehearsal(rules);
+            const QList<QByteArray> before = rehearsal.state();
+            const QString report = rehearsal.hold(dialogues[name]).join('\n');
             QVERIFY2(report.endsWith("as expected"), qPrintable(report));
+            QCOMPARE(rehearsal.state(), before);
             ++held;
         }
         QVERIFY2(held > 0, "there is a camera that answers like this");
