@@ -65,6 +65,24 @@ private:
     QByteArray all;
 };
 
+// A camera with a link, in a folder of its own.
+struct LinkedCamera
+{
+    explicit LinkedCamera(const QStringList& options = {})
+        : camera(QStringList({"--link", link}) + options)
+    {
+    }
+
+    QStringList entries() const
+    {
+        return QDir(folder.path()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System);
+    }
+
+    const QTemporaryDir folder;
+    const QString link = folder.filePath("camera");
+    CameraProgram camera;
+};
+
 } // namespace
 
 class VantrelCameraTest : public QObject
@@ -72,405 +90,350 @@ class VantrelCameraTest : public QObject
     Q_OBJECT
 
 private slots:
-    void tellsWhereItIsFirst();
-    void answersAndTellsEachFrameAndReply();
-    void staysWhenAControllerLeaves();
-    void reallyMoves();
-    void refusesWhileBusyWhenStrict();
 
-    void linkLeadsToTheCamera();
-    void linkReplacesOneThatIsStale();
-    void linkReplacesNothingElse_data();
-    void linkReplacesNothingElse();
-    void linkGoesAwayAtTheEnd_data();
-    void linkGoesAwayAtTheEnd();
-    void linkGoesAwayWhenNobodyReadsTheOutput();
-    void linkOfAnotherCameraIsLeftAlone();
+    void answersAndTellsEachFrameAndReply_data()
+    {
+        QTest::addColumn<QStringList>("options");
+        QTest::newRow("alone") << QStringList();
+        QTest::newRow("with a view") << QStringList("--view");
+    }
 
-    void noRepliesIsSilent();
-    void lateRepliesAreLate();
-    void splitRepliesComeByteByByte();
-    void repliesLeftUnreadAreGoneForTheNext();
-    void anUnfinishedFrameIsSaid();
-    void hangsUpAndComesBackAtTheSameLink();
-    void theCameraKeepsItsPositionWhileUnplugged();
+    void answersAndTellsEachFrameAndReply()
+    {
+        QFETCH(QStringList, options);
+        CameraProgram camera(options);
+        QTRY_COMPARE(camera.lines(), QStringList({"Camera at " + camera.path(), networkChangeLine}));
+        Controller controller(camera.path());
+        controller.send(QByteArray("12 34 ff") + driveUp + "ff 90");
+        QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
+        QTRY_COMPARE(camera.lines().mid(2),
+                     QStringList({"<- 12 34 FF  no frame, ignored", driveUpLine,
+                                  "<- FF 90  no frame, ignored", ackLine, completionLine}));
+    }
 
-    void endsWhenItCannotComeBack();
-    void answersTheSameWithAView();
+    void anUnfinishedFrameIsSaid()
+    {
+        CameraProgram camera;
+        Controller(camera.path()).send("81 01 06 04");
+        QTRY_COMPARE(camera.lines("<-"), QStringList("<- 81 01 06 04  unfinished frame, forgotten"));
+    }
 
-    void helpAndVersionAreTold_data();
-    void helpAndVersionAreTold();
-    void helpListsEveryFrame();
-    void aBadOptionIsAClearErrorWithStatus2_data();
-    void aBadOptionIsAClearErrorWithStatus2();
-};
+    void anOptionChangesTheAnswers_data()
+    {
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<QByteArray>("sent");
+        QTest::addColumn<QByteArray>("received");
 
-void VantrelCameraTest::tellsWhereItIsFirst()
-{
-    CameraProgram camera;
-    QVERIFY(QFileInfo::exists(camera.path()));
-    QTRY_COMPARE(camera.lines(), QStringList({"Camera at " + camera.path(), networkChangeLine}));
-}
+        const auto row = [](const QStringList& options, const QByteArray& sent, const QByteArray& received) {
+            QTest::newRow(qPrintable(options.join(' '))) << options << sent << received;
+        };
+        row({"--strict"}, driveUp + QByteArray("81 01 06 04 ff"), "90 41 ff 90 51 ff 90 61 41 ff");
+        row({"--standby"}, "81 09 04 00 ff", "90 50 03 ff");
+        row({"--address", "7"}, "81 09 04 00 ff 87 09 04 00 ff", "f0 50 02 ff");
+        row({"--presets", "6"},
+            "81 01 04 3f 00 06 ff 81 01 04 3f 01 06 ff 81 01 04 3f 02 06 ff 81 01 04 3f 01 05 ff",
+            "90 60 02 ff 90 60 02 ff 90 60 02 ff 90 41 ff 90 51 ff");
+        row({"--split"}, driveUp, ackAndCompletion);
+    }
 
-void VantrelCameraTest::answersAndTellsEachFrameAndReply()
-{
-    CameraProgram camera;
-    Controller controller(camera.path());
-    controller.send(driveUp);
-    QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
-    QTRY_COMPARE(camera.lines().mid(2), QStringList({driveUpLine, ackLine, completionLine}));
+    void anOptionChangesTheAnswers()
+    {
+        QFETCH(QStringList, options);
+        QFETCH(QByteArray, sent);
+        QFETCH(QByteArray, received);
+        CameraProgram camera(options);
+        Controller controller(camera.path());
+        controller.send(sent);
+        QTRY_COMPARE(controller.received(), received);
+        if (options.contains("--split"))
+            QTRY_COMPARE(camera.lines(">>"),
+                         QStringList({">> 90", ">> 41", ">> FF", ">> 90", ">> 51", ">> FF"}));
+    }
 
-    controller.send("12 34");
-    QTRY_COMPARE(camera.lines().mid(5), QStringList("<- 12 34  no frame, ignored"));
-}
-
-void VantrelCameraTest::staysWhenAControllerLeaves()
-{
-    CameraProgram camera;
-    for (int visit = 1; visit <= 3; ++visit) {
+    void noRepliesIsSilent()
+    {
+        CameraProgram camera({"--no-replies"});
         Controller controller(camera.path());
         controller.send(driveUp);
-        QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
-        QTRY_COMPARE(camera.lines("<-").size(), visit);
+        QTRY_COMPARE(camera.lines().mid(2), QStringList({driveUpLine, ackLine, completionLine}));
+        QVERIFY(controller.received().isEmpty());
     }
-}
 
-void VantrelCameraTest::reallyMoves()
-{
-    CameraProgram camera;
-    Controller controller(camera.path());
-    controller.send("81 01 06 01 18 14 02 03 ff");
-    const auto panIsRight = [&] {
-        controller.send("81 09 06 12 ff");
-        const QStringList told = camera.lines("-> 90 50 ");
-        return !told.isEmpty() && !told.last().contains("pan 0.0,") && told.last().contains("tilt 0.0 ");
-    };
-    QTRY_VERIFY(panIsRight());
-
-    controller.send("81 01 06 04 ff");
-    QTRY_COMPARE(camera.lines("-> 90 51 FF").size(), 2);
-    controller.send("81 09 06 12 ff");
-    QTRY_VERIFY(camera.lines().constLast().endsWith("pan 0.0, tilt 0.0 degrees"));
-}
-
-void VantrelCameraTest::refusesWhileBusyWhenStrict()
-{
-    CameraProgram camera({"--strict"});
-    Controller controller(camera.path());
-    controller.send(driveUp);
-    controller.send("81 01 06 04 ff");
-    QTRY_COMPARE(controller.received(), QByteArray("90 41 ff 90 51 ff 90 61 41 ff"));
-}
-
-void VantrelCameraTest::linkLeadsToTheCamera()
-{
-    const QTemporaryDir folder;
-    const QString link = folder.filePath("camera");
-    CameraProgram camera({"--link", link});
-    QTRY_COMPARE(camera.lines().mid(1), QStringList({"Link at " + link, networkChangeLine}));
-    QCOMPARE(QFileInfo(link).symLinkTarget(), camera.path());
-    Controller controller(link);
-    controller.send(driveUp);
-    QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
-}
-
-void VantrelCameraTest::linkReplacesOneThatIsStale()
-{
-    const QTemporaryDir folder;
-    const QString link = folder.filePath("camera");
+    void lateRepliesAreLate()
     {
-        CameraProgram camera({"--link", link});
-        QTRY_COMPARE(camera.lines().size(), 3);
-        camera.process.kill();
-        QCOMPARE(camera.exitStatus(), -1);
-    }
-    QVERIFY2(QFileInfo(link).isSymLink(), "a killed camera leaves its link behind");
-
-    CameraProgram camera({"--link", link});
-    QTRY_COMPARE(camera.lines().size(), 3);
-    QCOMPARE(QFileInfo(link).symLinkTarget(), camera.path());
-    QCOMPARE(QDir(folder.path()).entryList(QDir::NoDotAndDotDot | QDir::AllEntries | QDir::System),
-             QStringList("camera"));
-}
-
-void VantrelCameraTest::linkReplacesNothingElse_data()
-{
-    QTest::addColumn<QString>("kind");
-
-    QTest::newRow("file") << "file";
-    QTest::newRow("folder") << "folder";
-    QTest::newRow("link to a file") << "link";
-    QTest::newRow("dangling link") << "dangling";
-}
-
-void VantrelCameraTest::linkReplacesNothingElse()
-{
-    QFETCH(QString, kind);
-    const QTemporaryDir folder;
-    QFile file(folder.filePath("file"));
-    QVERIFY(file.open(QIODevice::WriteOnly) && file.write("kept") == 4);
-    file.close();
-    QVERIFY(QDir(folder.path()).mkdir("folder"));
-    QVERIFY(QFile::link(file.fileName(), folder.filePath("link")));
-    QVERIFY(QFile::link(folder.filePath("gone"), folder.filePath("dangling")));
-    const QStringList before = QDir(folder.path()).entryList(QDir::AllEntries | QDir::System);
-
-    CameraProgram camera({"--link", folder.filePath(kind)});
-    QCOMPARE(camera.exitStatus(), 2);
-    const QString complaint = QString::fromLocal8Bit(camera.process.readAllStandardError());
-    QVERIFY2(complaint.contains(folder.filePath(kind)), qPrintable(complaint));
-    QVERIFY(camera.lines().isEmpty());
-    QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::System), before);
-    QVERIFY(file.open(QIODevice::ReadOnly));
-    QCOMPARE(file.readAll(), QByteArray("kept"));
-}
-
-void VantrelCameraTest::linkGoesAwayAtTheEnd_data()
-{
-    QTest::addColumn<int>("signal");
-
-    QTest::newRow("SIGTERM") << SIGTERM;
-    QTest::newRow("SIGINT") << SIGINT;
-    QTest::newRow("SIGHUP") << SIGHUP;
-}
-
-void VantrelCameraTest::linkGoesAwayAtTheEnd()
-{
-    QFETCH(int, signal);
-    const QTemporaryDir folder;
-    const QString link = folder.filePath("camera");
-    CameraProgram camera({"--link", link});
-    QTRY_COMPARE(camera.lines().size(), 3);
-    QCOMPARE(kill(static_cast<pid_t>(camera.process.processId()), signal), 0);
-    QCOMPARE(camera.exitStatus(), 0);
-    QVERIFY(!QFileInfo(link).isSymLink());
-    QVERIFY(camera.process.readAllStandardError().isEmpty());
-}
-
-void VantrelCameraTest::linkGoesAwayWhenNobodyReadsTheOutput()
-{
-    const QTemporaryDir folder;
-    const QString link = folder.filePath("camera");
-    QProcess camera;
-    QProcess reader;
-    camera.setStandardOutputProcess(&reader);
-    camera.start(VANTREL_CAMERA_PATH, {"--link", link});
-    reader.start("head", {"-n", "3"});
-    QVERIFY(reader.waitForFinished());
-    QVERIFY(reader.readAllStandardOutput().contains("Link at " + QFile::encodeName(link) + '\n'));
-
-    Controller(link).send(driveUp);
-    QVERIFY(camera.waitForFinished());
-    QCOMPARE(camera.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(camera.exitCode(), 0);
-    QVERIFY(!QFileInfo(link).isSymLink());
-}
-
-void VantrelCameraTest::linkOfAnotherCameraIsLeftAlone()
-{
-    const QTemporaryDir folder;
-    const QString link = folder.filePath("camera");
-    CameraProgram first({"--link", link});
-    QTRY_COMPARE(first.lines().size(), 3);
-    CameraProgram second({"--link", link});
-    QTRY_COMPARE(second.lines().size(), 3);
-    first.process.terminate();
-    QCOMPARE(first.exitStatus(), 0);
-    QCOMPARE(QFileInfo(link).symLinkTarget(), second.path());
-}
-
-void VantrelCameraTest::noRepliesIsSilent()
-{
-    CameraProgram camera({"--no-replies"});
-    Controller controller(camera.path());
-    controller.send(driveUp);
-    QTRY_COMPARE(camera.lines().mid(2), QStringList({driveUpLine, ackLine, completionLine}));
-    QVERIFY(controller.received().isEmpty());
-}
-
-void VantrelCameraTest::lateRepliesAreLate()
-{
-    CameraProgram camera({"--late", "400"});
-    Controller controller(camera.path());
-    QElapsedTimer clock;
-    clock.start();
-    controller.send(driveUp);
-    QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
-    QVERIFY(clock.elapsed() >= 400);
-}
-
-void VantrelCameraTest::splitRepliesComeByteByByte()
-{
-    CameraProgram camera({"--split"});
-    Controller controller(camera.path());
-    controller.send(driveUp);
-    QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
-    QTRY_COMPARE(camera.lines(">>"), QStringList({">> 90", ">> 41", ">> FF", ">> 90", ">> 51", ">> FF"}));
-}
-
-void VantrelCameraTest::repliesLeftUnreadAreGoneForTheNext()
-{
-    CameraProgram camera;
-    {
-        Controller first(camera.path());
-        first.send(driveUp);
-        QTRY_COMPARE(camera.lines("->").size(), 3);
-    }
-    Controller(camera.path()).send(driveUp);
-    QTRY_COMPARE(camera.lines("->").size(), 5);
-    QTest::qWait(100);
-    Controller second(camera.path());
-    second.send("81 09 04 00 ff");
-    QTRY_COMPARE(camera.lines("->").size(), 6);
-    QCOMPARE(second.received(), QByteArray("90 50 02 ff"));
-}
-
-void VantrelCameraTest::anUnfinishedFrameIsSaid()
-{
-    CameraProgram camera;
-    Controller controller(camera.path());
-    controller.send("81 01 06 04");
-    QTRY_COMPARE(camera.lines("<-"), QStringList("<- 81 01 06 04  unfinished frame, forgotten"));
-}
-
-void VantrelCameraTest::hangsUpAndComesBackAtTheSameLink()
-{
-    const QTemporaryDir folder;
-    const QString link = folder.filePath("camera");
-    CameraProgram camera({"--link", link, "--hang-up-after", "1", "--come-back-after", "0.5"});
-    QTRY_COMPARE(camera.lines().size(), 3);
-    {
-        Controller controller(link);
-        QVERIFY(!controller.isHungUp());
-        QTRY_VERIFY(controller.isHungUp());
-        QVERIFY2(!QFileInfo(link).isSymLink(), "a pulled adapter has no device");
-    }
-    const QString newPath = camera.path(2);
-    QTRY_COMPARE(camera.lines().mid(3),
-                 QStringList({"Hung up", "Camera at " + newPath, "Link at " + link, networkChangeLine}));
-    QCOMPARE(QFileInfo(link).symLinkTarget(), newPath);
-    Controller controller(link);
-    controller.send(driveUp);
-    QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
-}
-
-void VantrelCameraTest::theCameraKeepsItsPositionWhileUnplugged()
-{
-    CameraProgram camera({"--hang-up-after", "1", "--come-back-after", "0.1"});
-    {
+        CameraProgram camera({"--late", "200"});
         Controller controller(camera.path());
-        controller.send(QByteArray(driveUp) + "81 01 06 01 05 05 03 03 ff");
-        QTRY_COMPARE(camera.lines("->").size(), 5);
+        QElapsedTimer clock;
+        clock.start();
+        controller.send(driveUp);
+        QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
+        QVERIFY(clock.elapsed() >= 200);
     }
-    Controller controller(camera.path(2));
-    controller.send("81 09 06 12 ff");
-    // It drove for the time of one video frame, 17 ms: three steps up.
-    QTRY_COMPARE(controller.received(), QByteArray("90 50 00 00 00 00 00 00 00 03 ff"));
-}
 
-void VantrelCameraTest::endsWhenItCannotComeBack()
-{
-    const QTemporaryDir folder;
-    const QString link = folder.filePath("camera");
-    CameraProgram camera({"--link", link, "--hang-up-after", "0.2", "--come-back-after", "0.5"});
-    QTRY_VERIFY(camera.lines().contains("Hung up"));
-    QVERIFY(QDir(folder.path()).mkdir("camera"));
-    QCOMPARE(camera.exitStatus(), 1);
-    QCOMPARE(QString::fromLocal8Bit(camera.process.readAllStandardError()),
-             QString("vantrel-camera: %1 exists and is not a link\n").arg(link));
-}
+    void reallyMoves()
+    {
+        CameraProgram camera;
+        Controller controller(camera.path());
+        controller.send("81 01 06 01 18 14 02 03 ff");
+        const auto panIsRight = [&] {
+            controller.send("81 09 06 12 ff");
+            const QStringList told = camera.lines("-> 90 50 ");
+            return !told.isEmpty() && !told.last().contains("pan 0.0,") && told.last().contains("tilt 0.0 ");
+        };
+        QTRY_VERIFY(panIsRight());
 
-void VantrelCameraTest::answersTheSameWithAView()
-{
-    CameraProgram camera({"--view"});
-    Controller controller(camera.path());
-    controller.send(driveUp);
-    QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
-    QTRY_COMPARE(camera.lines().mid(2), QStringList({driveUpLine, ackLine, completionLine}));
-}
-
-void VantrelCameraTest::helpAndVersionAreTold_data()
-{
-    QTest::addColumn<QString>("option");
-    QTest::addColumn<QString>("told");
-
-    QTest::newRow("help") << "--help"
-                          << "--late <MS>";
-    QTest::newRow("short help") << "-h"
-                                << "--late <MS>";
-    QTest::newRow("version") << "--version"
-                             << "vantrel-camera ";
-}
-
-void VantrelCameraTest::helpAndVersionAreTold()
-{
-    QFETCH(QString, option);
-    QFETCH(QString, told);
-    CameraProgram camera({option});
-    QCOMPARE(camera.exitStatus(), 0);
-    QVERIFY2(camera.lines().join('\n').contains(told), qPrintable(camera.lines().join('\n')));
-}
-
-void VantrelCameraTest::helpListsEveryFrame()
-{
-    CameraProgram camera({"--help"});
-    QCOMPARE(camera.exitStatus(), 0);
-    const QStringList lines = camera.lines();
-    for (const ViscaCamera::KnownFrame& known : ViscaCamera::knownFrames()) {
-        QVERIFY2(std::any_of(lines.begin(), lines.end(),
-                             [&](const QString& line) {
-                                 return line.startsWith("  " + known.name + ' ') &&
-                                        line.contains(known.range) && line.endsWith("  " + known.frame);
-                             }),
-                 qPrintable(known.name));
+        controller.send("81 01 06 04 ff");
+        QTRY_COMPARE(camera.lines("-> 90 51 FF").size(), 2);
+        controller.send("81 09 06 12 ff");
+        QTRY_VERIFY(camera.lines().constLast().endsWith("pan 0.0, tilt 0.0 degrees"));
     }
-}
 
-void VantrelCameraTest::aBadOptionIsAClearErrorWithStatus2_data()
-{
-    QTest::addColumn<QStringList>("options");
-    QTest::addColumn<QString>("complaint");
+    void repliesLeftUnreadAreGoneForTheNext()
+    {
+        CameraProgram camera;
+        for (const int replies : {3, 5}) {
+            Controller(camera.path()).send(driveUp);
+            QTRY_COMPARE(camera.lines("->").size(), replies);
+        }
+        QTest::qWait(100);
+        Controller next(camera.path());
+        next.send("81 09 04 00 ff");
+        QTRY_COMPARE(next.received(), QByteArray("90 50 02 ff"));
+    }
 
-    const auto row = [](const char* name, const QStringList& options, const QString& complaint) {
-        QTest::newRow(name) << options << complaint;
-    };
-    row("unknown", {"--speed"}, "Unknown option 'speed'");
-    row("unknown letter", {"-x"}, "Unknown option 'x'");
-    row("argument", {"COM1"}, "unexpected argument \"COM1\"");
-    row("value for a switch", {"--strict=yes"}, "Unexpected value after '--strict'");
-    row("no value", {"--late"}, "Missing value after '--late'");
-    row("no longer there", {"--noise"}, "Unknown option 'noise'");
-    row("late not a number", {"--late", "soon"},
-        "--late takes a whole number from 0 to 600000, not \"soon\"");
-    row("late negative", {"--late=-1"}, "--late takes");
-    row("late with a fraction", {"--late", "1.5"}, "--late takes");
-    row("late too late", {"--late", "600001"}, "--late takes");
-    row("hang up never", {"--hang-up-after", "never"}, "--hang-up-after takes seconds from 0 to 86400");
-    row("hang up before", {"--hang-up-after=-1"}, "--hang-up-after takes");
-    row("hang up at nan", {"--hang-up-after", "nan"}, "--hang-up-after takes");
-    row("hang up at inf", {"--hang-up-after", "inf"}, "--hang-up-after takes");
-    row("come back bad", {"--hang-up-after", "1", "--come-back-after", "x"},
-        "--come-back-after takes seconds");
-    row("come back alone", {"--come-back-after", "1"}, "--come-back-after needs --hang-up-after");
-    row("address 0", {"--address", "0"}, "--address takes a whole number from 1 to 7, not \"0\"");
-    row("address 8", {"--address", "8"}, "--address takes");
-    row("no preset", {"--presets", "0"}, "--presets takes a whole number from 1 to 255");
-    row("too many presets", {"--presets", "256"}, "--presets takes");
-    row("link empty", {"--link="}, "--link takes a path");
-    row("link nowhere", {"--link", "/no/such/folder/camera"}, "cannot make the link /no/such/folder/camera");
-}
+    void linkLeadsToTheCamera()
+    {
+        LinkedCamera desk;
+        QTRY_COMPARE(desk.camera.lines().mid(1), QStringList({"Link at " + desk.link, networkChangeLine}));
+        QCOMPARE(QFileInfo(desk.link).symLinkTarget(), desk.camera.path());
+        Controller controller(desk.link);
+        controller.send(driveUp);
+        QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
+    }
 
-void VantrelCameraTest::aBadOptionIsAClearErrorWithStatus2()
-{
-    QFETCH(QStringList, options);
-    QFETCH(QString, complaint);
-    CameraProgram camera(options);
-    QCOMPARE(camera.exitStatus(), 2);
-    const QString told = QString::fromLocal8Bit(camera.process.readAllStandardError());
-    QVERIFY2(told.startsWith("vantrel-camera: " + complaint), qPrintable(told));
-    QCOMPARE(told.count('\n'), 1);
-    QVERIFY(camera.lines().isEmpty());
-}
+    void linkReplacesOneThatIsStale()
+    {
+        LinkedCamera desk;
+        QTRY_COMPARE(desk.camera.lines().size(), 3);
+        desk.camera.process.kill();
+        QCOMPARE(desk.camera.exitStatus(), -1);
+        QVERIFY2(QFileInfo(desk.link).isSymLink(), "a killed camera leaves its link behind");
+
+        CameraProgram next({"--link", desk.link});
+        QTRY_COMPARE(next.lines().size(), 3);
+        QCOMPARE(QFileInfo(desk.link).symLinkTarget(), next.path());
+        QCOMPARE(desk.entries(), QStringList("camera"));
+    }
+
+    void linkReplacesNothingElse_data()
+    {
+        QTest::addColumn<QString>("kind");
+        for (const char* const kind : {"file", "folder", "link to a file", "dangling link"})
+            QTest::newRow(kind) << kind;
+    }
+
+    void linkReplacesNothingElse()
+    {
+        QFETCH(QString, kind);
+        const QTemporaryDir folder;
+        QFile file(folder.filePath("file"));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("kept") == 4);
+        file.close();
+        QVERIFY(QDir(folder.path()).mkdir("folder"));
+        QVERIFY(QFile::link(file.fileName(), folder.filePath("link to a file")));
+        QVERIFY(QFile::link(folder.filePath("gone"), folder.filePath("dangling link")));
+        const QStringList before = QDir(folder.path()).entryList(QDir::AllEntries | QDir::System);
+
+        CameraProgram camera({"--link", folder.filePath(kind)});
+        QCOMPARE(camera.exitStatus(), 2);
+        const QString complaint = QString::fromLocal8Bit(camera.process.readAllStandardError());
+        QVERIFY2(complaint.contains(folder.filePath(kind)), qPrintable(complaint));
+        QVERIFY(camera.lines().isEmpty());
+        QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::System), before);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), QByteArray("kept"));
+    }
+
+    void linkGoesAwayAtTheEnd_data()
+    {
+        QTest::addColumn<int>("signal");
+        QTest::newRow("SIGTERM") << SIGTERM;
+        QTest::newRow("SIGINT") << SIGINT;
+        QTest::newRow("SIGHUP") << SIGHUP;
+    }
+
+    void linkGoesAwayAtTheEnd()
+    {
+        QFETCH(int, signal);
+        LinkedCamera desk;
+        QTRY_COMPARE(desk.camera.lines().size(), 3);
+        QCOMPARE(kill(static_cast<pid_t>(desk.camera.process.processId()), signal), 0);
+        QCOMPARE(desk.camera.exitStatus(), 0);
+        QCOMPARE(desk.entries(), QStringList());
+        QVERIFY(desk.camera.process.readAllStandardError().isEmpty());
+    }
+
+    void linkGoesAwayWhenNobodyReadsTheOutput()
+    {
+        const QTemporaryDir folder;
+        const QString link = folder.filePath("camera");
+        QProcess camera;
+        QProcess reader;
+        camera.setStandardOutputProcess(&reader);
+        camera.start(VANTREL_CAMERA_PATH, {"--link", link});
+        reader.start("head", {"-n", "3"});
+        QVERIFY(reader.waitForFinished());
+        QVERIFY(reader.readAllStandardOutput().contains("Link at " + QFile::encodeName(link) + '\n'));
+
+        Controller(link).send(driveUp);
+        QVERIFY(camera.waitForFinished());
+        QCOMPARE(camera.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(camera.exitCode(), 0);
+        QVERIFY(!QFileInfo(link).isSymLink());
+    }
+
+    void linkOfAnotherCameraIsLeftAlone()
+    {
+        LinkedCamera first;
+        QTRY_COMPARE(first.camera.lines().size(), 3);
+        CameraProgram second({"--link", first.link});
+        QTRY_COMPARE(second.lines().size(), 3);
+        first.camera.process.terminate();
+        QCOMPARE(first.camera.exitStatus(), 0);
+        QCOMPARE(QFileInfo(first.link).symLinkTarget(), second.path());
+    }
+
+    void hangsUpAndComesBackAtTheSameLinkAndPosition()
+    {
+        LinkedCamera desk({"--hang-up-after", "0.8", "--come-back-after", "0.3"});
+        QTRY_COMPARE(desk.camera.lines().size(), 3);
+        {
+            Controller controller(desk.link);
+            controller.send(QByteArray(driveUp) + "81 01 06 01 05 05 03 03 ff");
+            QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion) + ' ' + ackAndCompletion);
+            QVERIFY(!controller.isHungUp());
+            QTRY_VERIFY(controller.isHungUp());
+            QVERIFY2(desk.entries().isEmpty(), "a pulled adapter has no device");
+        }
+        const QString newPath = desk.camera.path(2);
+        QTRY_COMPARE(desk.camera.lines().mid(9), QStringList({"Hung up", "Camera at " + newPath,
+                                                              "Link at " + desk.link, networkChangeLine}));
+        QCOMPARE(QFileInfo(desk.link).symLinkTarget(), newPath);
+        Controller controller(desk.link);
+        controller.send("81 09 06 12 ff");
+        // It drove for the time of one video frame, 17 ms: three steps up.
+        QTRY_COMPARE(controller.received(), QByteArray("90 50 00 00 00 00 00 00 00 03 ff"));
+    }
+
+    void endsWhenItCannotComeBack()
+    {
+        LinkedCamera desk({"--hang-up-after", "0.2", "--come-back-after", "0.5"});
+        QTRY_VERIFY(desk.camera.lines().contains("Hung up"));
+        QVERIFY(QDir(desk.folder.path()).mkdir("camera"));
+        QCOMPARE(desk.camera.exitStatus(), 1);
+        QCOMPARE(QString::fromLocal8Bit(desk.camera.process.readAllStandardError()),
+                 QString("vantrel-camera: %1 exists and is not a link\n").arg(desk.link));
+    }
+
+    void helpAndVersionAreTold_data()
+    {
+        QTest::addColumn<QString>("option");
+        QTest::addColumn<QString>("told");
+        QTest::newRow("help") << "--help"
+                              << "--late <MS>";
+        QTest::newRow("short help") << "-h"
+                                    << "--late <MS>";
+        QTest::newRow("version") << "--version"
+                                 << "vantrel-camera ";
+    }
+
+    void helpAndVersionAreTold()
+    {
+        QFETCH(QString, option);
+        QFETCH(QString, told);
+        CameraProgram camera({option});
+        QCOMPARE(camera.exitStatus(), 0);
+        QVERIFY2(camera.lines().join('\n').contains(told), qPrintable(camera.lines().join('\n')));
+    }
+
+    void helpListsEveryFrame()
+    {
+        CameraProgram camera({"--help"});
+        QCOMPARE(camera.exitStatus(), 0);
+        const QStringList lines = camera.lines();
+        for (const ViscaCamera::KnownFrame& known : ViscaCamera::knownFrames()) {
+            const auto tells = [&](const QString& line) {
+                return line.startsWith("  " + known.name + ' ') && line.contains(known.range) &&
+                       line.endsWith("  " + known.frame);
+            };
+            QVERIFY2(std::any_of(lines.begin(), lines.end(), tells), qPrintable(known.name));
+        }
+    }
+
+    void aBadOptionIsAClearErrorWithStatus2_data()
+    {
+        QTest::addColumn<QStringList>("options");
+        QTest::addColumn<QString>("complaint");
+
+        const auto row = [](const char* name, const QStringList& options, const QString& complaint) {
+            QTest::newRow(name) << options << complaint;
+        };
+        row("unknown", {"--speed"}, "Unknown option 'speed'");
+        row("unknown letter", {"-x"}, "Unknown option 'x'");
+        row("argument", {"COM1"}, "unexpected argument \"COM1\"");
+        row("value for a switch", {"--strict=yes"}, "Unexpected value after '--strict'");
+        row("no value", {"--late"}, "Missing value after '--late'");
+        row("no longer there", {"--noise"}, "Unknown option 'noise'");
+        row("late not a number", {"--late", "soon"},
+            "--late takes a whole number from 0 to 600000, not \"soon\"");
+        row("late negative", {"--late=-1"}, "--late takes");
+        row("late with a fraction", {"--late", "1.5"}, "--late takes");
+        row("late too late", {"--late", "600001"}, "--late takes");
+        row("hang up never", {"--hang-up-after", "never"}, "--hang-up-after takes seconds from 0 to 86400");
+        row("hang up before", {"--hang-up-after=-1"}, "--hang-up-after takes");
+        row("hang up at nan", {"--hang-up-after", "nan"}, "--hang-up-after takes");
+        row("hang up at inf", {"--hang-up-after", "inf"}, "--hang-up-after takes");
+        row("come back bad", {"--hang-up-after", "1", "--come-back-after", "x"},
+            "--come-back-after takes seconds");
+        row("come back alone", {"--come-back-after", "1"}, "--come-back-after needs --hang-up-after");
+        row("address 0", {"--address", "0"}, "--address takes a whole number from 1 to 7, not \"0\"");
+        row("address 8", {"--address", "8"}, "--address takes");
+        row("no preset", {"--presets", "0"}, "--presets takes a whole number from 1 to 255");
+        row("too many presets", {"--presets", "256"}, "--presets takes");
+        row("link empty", {"--link="}, "--link takes a path");
+        row("link nowhere", {"--link", "/no/such/folder/camera"},
+            "cannot make the link /no/such/folder/camera");
+        row("replay without a file", {"--replay"}, "Missing value after '--replay'");
+        row("replay without a port", {"--replay", "home"}, "--replay takes one port, such as /dev/ttyUSB0");
+        row("replay at two ports", {"--replay", "home", "one", "two"}, "--replay takes one port");
+        row("replay at no such port", {"--replay", "home", "/no/such/port"},
+            "cannot open /no/such/port: No such file or directory");
+        row("replay of no such file", {"--replay", "/no/such/file", "/no/such/port"},
+            "there is no dialogue /no/such/file, neither a file nor a name in /");
+        row("replay of no such name", {"--replay", "hame", "/no/such/port"}, "there is no dialogue hame");
+        row("replay with a camera's option", {"--replay", "home", "--strict", "port"},
+            "--strict is for the simulated camera, which --replay does without");
+        row("replay with a view", {"--replay", "home", "--view", "port"},
+            "--view is for the simulated camera");
+        row("baud not a number", {"--replay", "home", "--baud", "fast", "port"},
+            "--baud takes a whole number from 1 to 4000000, not \"fast\"");
+        row("baud 0", {"--replay", "home", "--baud", "0", "port"}, "--baud takes");
+        row("baud alone", {"--baud", "9600"}, "--baud needs --replay");
+        row("changes alone", {"--allow-changes"}, "--allow-changes needs --replay");
+    }
+
+    void aBadOptionIsAClearErrorWithStatus2()
+    {
+        QFETCH(QStringList, options);
+        QFETCH(QString, complaint);
+        CameraProgram camera(options);
+        QCOMPARE(camera.exitStatus(), 2);
+        const QString told = QString::fromLocal8Bit(camera.process.readAllStandardError());
+        QVERIFY2(told.startsWith("vantrel-camera: " + complaint), qPrintable(told));
+        QCOMPARE(told.count('\n'), 1);
+        QVERIFY(camera.lines().isEmpty());
+    }
+};
 
 QTEST_GUILESS_MAIN(VantrelCameraTest)
 #include "VantrelCameraTest.moc"

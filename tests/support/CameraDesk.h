@@ -46,26 +46,3 @@ private:
         }
     }
 };
-
-/** The replies to a command that is done at once, to one that is not known, and to one that does not go now.
- */
-inline QStringList acknowledgedAndCompleted()
-{
-    return {"25: 90 41 ff", "36: 90 51 ff"};
-}
-
-inline QStringList syntaxError()
-{
-    return {"25: 90 60 02 ff"};
-}
-
-inline QStringList notExecutable()
-{
-    return {"25: 90 61 41 ff"};
-}
-
-/** The frame in hexadecimal with `value` in place of "XX". */
-inline QByteArray withByte(QByteArray frame, int value)
-{
-    return frame.replace("XX", QByteArray(1, static_cast<char>(value)).toHex());
-}
