@@ -4,7 +4,10 @@
 #include <QStringList>
 
 /** How often the long tests repeat something: a few times, or many times if VANTREL_SOAK is set. */
-int rounds(int ordinary, int soak);
+inline int rounds(int ordinary, int soak)
+{
+    return qEnvironmentVariableIsSet("VANTREL_SOAK") ? soak : ordinary;
+}
 
 /** The memory of this process. */
 struct Memory
