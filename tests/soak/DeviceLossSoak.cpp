@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr qint64 LeakAllowance = 65536;
-
 clock_t processorMs()
 {
     return clock() / (CLOCKS_PER_SEC / 1000);

@@ -9,6 +9,9 @@ inline int rounds(int ordinary, int soak)
     return qEnvironmentVariableIsSet("VANTREL_SOAK") ? soak : ordinary;
 }
 
+/** The heap may be this much larger after any number of rounds. */
+constexpr qint64 LeakAllowance = 65536;
+
 /** The memory of this process. */
 struct Memory
 {
