@@ -174,11 +174,11 @@ private slots:
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<int>("baudRate");
-        for (const char* name :
-             {"COM1", "/dev/pts/nowhere", "no port", u8"カメラ", "", "/", "///", "/dev/null",
-              SOURCE_DIR "/CMakeLists.txt", "../../../../etc/passwd", "\"'`\"", R"(\\.\COM1)",
-              "tty\nUSB0\r\n", "%s%n%1", "[General]", "auto", "Auto", "AUTO "})
+        for (const char* name : {"COM1", "/dev/pts/nowhere", "no port", u8"カメラ", "", "/", "///",
+                                 "/dev/null", "../../../../etc/passwd", "\"'`\"", R"(\\.\COM1)",
+                                 "tty\nUSB0\r\n", "%s%n%1", "[General]", "auto", "Auto", "AUTO "})
             QTest::addRow("port \"%s\"", name) << name << 9600;
+        QTest::newRow("a file") << SOURCE_DIR "/CMakeLists.txt" << 9600;
         QTest::newRow("half a character") << QString(QChar(0xD800)) << 9600;
         QTest::newRow("4000 characters") << QString(4000, 'x') << 9600;
         QTest::newRow("4000 characters of a path") << '/' + QString(3999, 'x') << 9600;
