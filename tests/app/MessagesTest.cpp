@@ -132,22 +132,20 @@ class MessagesTest : public QObject
     Q_OBJECT
 
 private slots:
-    void theReadmeExplainsEveryMessageAndNoOther();
+
+    void theReadmeExplainsEveryMessageAndNoOther()
+    {
+        QStringList shown;
+        for (const auto situation :
+             {aMissingPort, aPortThatOthersMayNotOpen, aPortThatASecondControllerHolds,
+              aPortThatAnotherProgramHasClaimed, aPulledAdapter, aNumberThatIsNoPreset, aStoredPreset}) {
+            Desk desk;
+            situation(desk);
+            shown += desk.user.texts();
+        }
+        QCOMPARE(shown, documentedMessages());
+    }
 };
 
-void MessagesTest::theReadmeExplainsEveryMessageAndNoOther()
-{
-    QStringList shown;
-    for (const auto situation :
-         {aMissingPort, aPortThatOthersMayNotOpen, aPortThatASecondControllerHolds,
-          aPortThatAnotherProgramHasClaimed, aPulledAdapter, aNumberThatIsNoPreset, aStoredPreset}) {
-        Desk desk;
-        situation(desk);
-        shown += desk.user.texts();
-    }
-    QCOMPARE(shown, documentedMessages());
-}
-
 QTEST_APPLESS_MAIN(MessagesTest)
-
 #include "MessagesTest.moc"

@@ -43,30 +43,6 @@ enum Event
     LastOfAll = OpenSettings
 };
 
-constexpr const char* Names[] = {"press Right",
-                                 "press Zoom In",
-                                 "let go",
-                                 "drag off",
-                                 "drag on",
-                                 "Space down",
-                                 "Space up",
-                                 "Space up at once",
-                                 "Space repeats",
-                                 "A down",
-                                 "A down at once",
-                                 "A up",
-                                 "A up at once",
-                                 "Tab",
-                                 "Tab at once",
-                                 "25 ms",
-                                 "focus the field",
-                                 "hide and show",
-                                 "another window",
-                                 "popup",
-                                 "box",
-                                 "disconnect and connect",
-                                 "settings"};
-
 using Sequence = QVector<int>;
 
 /** What a user has under the fingers. */
@@ -415,9 +391,16 @@ private:
 
 QString described(const Sequence& sequence)
 {
+    // In the order of the events.
+    static const QStringList known =
+        QString(
+            "press Right, press Zoom In, let go, drag off, drag on, Space down, Space up, Space up at once, "
+            "Space repeats, A down, A down at once, A up, A up at once, Tab, Tab at once, 25 ms, focus the "
+            "field, hide and show, another window, popup, box, disconnect and connect, settings")
+            .split(", ");
     QStringList names;
     for (const int event : sequence)
-        names.append(Names[event]);
+        names.append(known[event]);
     return names.join(", ");
 }
 
@@ -444,46 +427,43 @@ class HeldMotionSoak : public QObject
     Q_OBJECT
 
 private slots:
-    void everyMotionEndsInOneStop_data();
-    void everyMotionEndsInOneStop();
-    void theEndStopsWhateverIsHeld();
-};
 
-void HeldMotionSoak::everyMotionEndsInOneStop_data()
-{
-    QTest::addColumn<int>("last");
-    QTest::addColumn<int>("length");
-    QTest::newRow("mouse and keys") << int(LastOfHands) << rounds(5, 6);
-    QTest::newRow("everything") << int(LastOfAll) << rounds(3, 4);
-}
+    void everyMotionEndsInOneStop_data()
+    {
+        QTest::addColumn<int>("last");
+        QTest::addColumn<int>("length");
+        QTest::newRow("mouse and keys") << int(LastOfHands) << rounds(5, 6);
+        QTest::newRow("everything") << int(LastOfAll) << rounds(3, 4);
+    }
 
-void HeldMotionSoak::everyMotionEndsInOneStop()
-{
-    QFETCH(int, last);
-    QFETCH(int, length);
-    Hands hands;
-    int count = 0;
-    const QString trouble = walk(length, last, [&](const Sequence& sequence) {
-        ++count;
-        const QString found = hands.doAll(sequence);
-        return found.isEmpty() ? hands.begin() : found;
-    });
-    QVERIFY2(trouble.isEmpty(), qPrintable(trouble));
-    qInfo("%d sequences of %d events around two buttons: every motion ended in one stop", count, length);
-}
-
-void HeldMotionSoak::theEndStopsWhateverIsHeld()
-{
-    int count = 0;
-    const QString trouble = walk(rounds(2, 3), LastOfHands, [&](const Sequence& sequence) {
-        ++count;
+    void everyMotionEndsInOneStop()
+    {
+        QFETCH(int, last);
+        QFETCH(int, length);
         Hands hands;
-        const QString found = hands.doAll(sequence);
-        return found.isEmpty() ? hands.quit() : found;
-    });
-    QVERIFY2(trouble.isEmpty(), qPrintable(trouble));
-    qInfo("%d ends after as many sequences: nothing moves on", count);
-}
+        int count = 0;
+        const QString trouble = walk(length, last, [&](const Sequence& sequence) {
+            ++count;
+            const QString found = hands.doAll(sequence);
+            return found.isEmpty() ? hands.begin() : found;
+        });
+        QVERIFY2(trouble.isEmpty(), qPrintable(trouble));
+        qInfo("%d sequences of %d events around two buttons: every motion ended in one stop", count, length);
+    }
+
+    void theEndStopsWhateverIsHeld()
+    {
+        int count = 0;
+        const QString trouble = walk(rounds(2, 3), LastOfHands, [&](const Sequence& sequence) {
+            ++count;
+            Hands hands;
+            const QString found = hands.doAll(sequence);
+            return found.isEmpty() ? hands.quit() : found;
+        });
+        QVERIFY2(trouble.isEmpty(), qPrintable(trouble));
+        qInfo("%d ends after as many sequences: nothing moves on", count);
+    }
+};
 
 QTEST_APPLESS_MAIN(HeldMotionSoak)
 #include "HeldMotionSoak.moc"

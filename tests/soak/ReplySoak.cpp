@@ -11,7 +11,6 @@ constexpr char ReplyBegin = '\x90';
 constexpr char ReplyEnd = '\xFF';
 constexpr int LongestReply = 33;
 constexpr int BatchBytes = 2000;
-constexpr qint64 LeakAllowance = 65536;
 // After these, every buffer has grown to its final size.
 constexpr int WarmUpReplies = 20000;
 constexpr int LineTimeoutMs = 10000;

@@ -222,11 +222,10 @@ int changeSettings(int argc, char** argv)
     QCoreApplication::setApplicationName("Vantrel");
     AppSettingsManager store;
     for (int generation = qMax(store.getBaudRate(), FirstGeneration) + 1;; ++generation) {
-        store.setBaudRate(generation);
-        store.setPanSpeed(generation);
-        store.setTiltSpeed(generation);
-        store.setZoomSpeed(generation);
-        store.setStartUpPreset(generation);
+        for (const auto set : {&AppSettingsManager::setBaudRate, &AppSettingsManager::setPanSpeed,
+                               &AppSettingsManager::setTiltSpeed, &AppSettingsManager::setZoomSpeed,
+                               &AppSettingsManager::setStartUpPreset})
+            (store.*set)(generation);
         for (int preset = 1; preset <= WholeNames; ++preset)
             store.setPresetName(preset, QString("Name %1").arg(generation).repeated(10));
         QCoreApplication::processEvents();
@@ -241,7 +240,7 @@ int generationIn(const QString& file)
     const QSettings settings(file, QSettings::IniFormat);
     const int generation = settings.value("baudrate").toInt();
     bool isWhole = settings.status() == QSettings::NoError;
-    for (const char* key : {"panspeed", "tiltspeed", "zoomspeed", "startuppreset"})
+    for (const char* key : IntKeys)
         isWhole = isWhole && settings.value(key).toInt() == generation;
     for (int preset = 1; preset <= WholeNames; ++preset) {
         isWhole = isWhole && settings.value("COM1_" + QString::number(preset)).toString() ==
@@ -283,23 +282,6 @@ private slots:
             QVERIFY(user.texts().size() <= 1);
         }
         qInfo("programs started with damaged settings: %d", count);
-    }
-
-    // ExpectedSettings converts with Qt. Here are some conversions in full.
-    void aTruncatedFileKeepsItsWholeLines()
-    {
-        PrivateProfile profile;
-        profile.createFolder();
-        writeFile(profile.settingsFile(), QString(CompleteFile).arg("COM7").toUtf8().left(59));
-        QCOMPARE(contentOf(profile.settingsFile()), QByteArray("[General]\ncomport=COM7\nbaudrate=19200\n"
-                                                               "panspeed=17\ntiltspeed"));
-        AppSettingsManager store;
-        QCOMPARE(store.getCOMPort(), QString("COM7"));
-        QCOMPARE(store.getBaudRate(), 19200);
-        QCOMPARE(store.getPanSpeed(), 17);
-        QCOMPARE(store.getTiltSpeed(), 5);
-        QCOMPARE(store.getZoomSpeed(), 5);
-        QCOMPARE(store.getInvertPan(), false);
     }
 
     void aKilledProgramLeavesTheOldOrTheNewSettings()

@@ -38,11 +38,6 @@ QString inKiB(qint64 bytes)
 
 } // namespace
 
-int rounds(int ordinary, int soak)
-{
-    return qEnvironmentVariableIsSet("VANTREL_SOAK") ? soak : ordinary;
-}
-
 Memory Memory::now()
 {
     return {allocatedBytes(), residentPages() * sysconf(_SC_PAGESIZE)};

@@ -4,7 +4,13 @@
 #include <QStringList>
 
 /** How often the long tests repeat something: a few times, or many times if VANTREL_SOAK is set. */
-int rounds(int ordinary, int soak);
+inline int rounds(int ordinary, int soak)
+{
+    return qEnvironmentVariableIsSet("VANTREL_SOAK") ? soak : ordinary;
+}
+
+/** The heap may be this much larger after any number of rounds. */
+constexpr qint64 LeakAllowance = 65536;
 
 /** The memory of this process. */
 struct Memory

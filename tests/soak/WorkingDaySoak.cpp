@@ -18,7 +18,6 @@ constexpr int ActionsPerTurn = 20;
 constexpr int LineTimeoutMs = 10000;
 
 constexpr int MeasuredHomes = 256;
-constexpr qint64 LeakAllowance = 65536;
 
 /** An operator at work. Notes which frames the camera and which entries the log must get. */
 class Operator
@@ -259,8 +258,7 @@ private slots:
 
         QCOMPARE(user.desk.user.texts(), QStringList());
         qInfo("%d presses, %d connects: %lld frames in order and once, %lld log lines; %s, of which the "
-              "timers of "
-              "%d presses of Home take %lld bytes, %lld each",
+              "timers of %d presses of Home take %lld bytes, %lld each",
               user.pressed, user.connects, user.frameCount, user.lineCount,
               qPrintable(after.growthSince(before)), user.homes - homesBefore, timers, heapPerHome);
         QVERIFY(after.heapBytes - before.heapBytes - timers < LeakAllowance);

@@ -35,6 +35,9 @@ public:
     /** The texts of boxes(). */
     QStringList texts() const;
 
+    /** Forgets the boxes so far. */
+    void forget() { seen.clear(); }
+
     /** What to do once, with the next box open, before its button is pressed. */
     void whenOpen(std::function<void()> action) { whileOpen = std::move(action); }
 
