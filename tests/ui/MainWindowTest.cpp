@@ -375,15 +375,12 @@ private slots:
         QVERIFY(statusLabel(desk.program->app.mainWin)->isVisible());
     }
 
-    void everySignalOfTheLinkIsConnected()
+    // Nothing happens then, so nothing else shows it.
+    void theErrorsOfTheLinkReachTheWindow()
     {
         const Desk desk;
-        auto* serial = desk.program->app.serial;
-        auto* window = desk.program->app.mainWin;
-
-        QVERIFY(disconnect(serial, SIGNAL(onDeviceConnected()), window, SLOT(onDeviceConnceted())));
-        QVERIFY(disconnect(serial, SIGNAL(onDeviceDisconnected()), window, SLOT(onDeviceDisconnected())));
-        QVERIFY(disconnect(serial, SIGNAL(onDeviceError()), window, SLOT(onDeviceError())));
+        QVERIFY(disconnect(desk.link(), SIGNAL(onDeviceError()), desk.program->app.mainWin,
+                                               SLOT(onDeviceError())));
     }
 
     void theSettingsButtonOpensTheOneSettingsDialog()

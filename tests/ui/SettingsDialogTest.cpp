@@ -226,7 +226,12 @@ private slots:
         QCOMPARE(storedSettings(desk).value(speed.key).toInt(), value);
     }
 
-    void movingASliderStoresItsSpeedOnly_data() { speeds(); }
+    void movingASliderStoresItsSpeedOnly_data()
+    {
+        QTest::addColumn<Speed>("speed");
+        for (const Speed& speed : Speeds)
+            QTest::newRow(speed.key) << speed;
+    }
 
     void movingASliderStoresItsSpeedOnly()
     {
@@ -452,7 +457,7 @@ private slots:
         QCOMPARE(entries(combo), portList());
     }
 
-    void aChosenPortIsStoredUntilTheNextOpening()
+    void aChosenPortStaysUntilTheDialogIsOpenedAgain()
     {
         const Desk desk;
         AppSettingWin* dialog = openDialog(desk);
@@ -470,6 +475,8 @@ private slots:
 
         QCOMPARE(combo->currentText(), QString("ttyUSB7"));
         QCOMPARE(desk.settings()->getCOMPort(), QString("ttyUSB7"));
+        openDialog(desk);
+        QCOMPARE(desk.settings()->getCOMPort(), QString("AUTO"));
     }
 
     void hidingTheDialogRevertsNothing_data()
@@ -507,13 +514,14 @@ private slots:
     void theDialogLeavesAnOpenConnectionAlone()
     {
         Desk desk;
-        const QString status = statusText(desk);
+        const auto* status = desk.find<QWidget>("statusBar")->findChild<QLabel*>();
+        const QString before = status->text();
         openDialog(desk);
         desk.find<QComboBox>("baudRateCombo")->setCurrentText("Baud115200");
         dialogOf(desk)->close();
 
         QVERIFY(desk.link()->isConnected());
-        QCOMPARE(statusText(desk), status);
+        QCOMPARE(status->text(), before);
         desk.find<QPushButton>("preset1Btn")->click();
         QCOMPARE(desk.camera.nextFrame(), recallPreset(1));
         QVERIFY(desk.user.boxes().isEmpty());
@@ -532,23 +540,11 @@ private slots:
     }
 
 private:
-    static void speeds()
-    {
-        QTest::addColumn<Speed>("speed");
-        for (const Speed& speed : Speeds)
-            QTest::newRow(speed.key) << speed;
-    }
-
     static void checks()
     {
         QTest::addColumn<Check>("check");
         for (const Check& check : Checks)
             QTest::newRow(check.key) << check;
-    }
-
-    static QString statusText(const Desk& desk)
-    {
-        return desk.find<QWidget>("statusBar")->findChild<QLabel*>()->text();
     }
 };
 
