@@ -159,8 +159,8 @@ QStringList sharedStyleRules();
 /** The classes, names and order of a widget's child widgets and actions, e.g. "QLabel logo". */
 QStringList namedChildren(const QObject* parent);
 
-/** What a class declares of its own in order, such as "onPanSpeedChanged(int val)", if all are private slots
- * without a result. */
+/** What a class declares of its own in order, such as "onPanSpeedChanged(int val)". What is no private slot
+ * without a result says so. */
 QByteArrayList privateSlots(const QMetaObject& type);
 
 /** The name under which assistive software finds a widget. */

@@ -309,10 +309,11 @@ private slots:
         QTRY_VERIFY(drawings.count > 0);
         QCoreApplication::processEvents();
 
+        QByteArray received;
         const auto act = [&](auto doIt, const QByteArray& frame) {
-            QByteArray received = "not drawn";
+            received = "not drawn";
             // A byte is two digits, with a blank between it and the next.
-            drawings.whenDrawn([&] { received = desk.camera.take((frame.size() + 1) / 3); });
+            drawings.whenDrawn([&, bytes = (frame.size() + 1) / 3] { received = desk.camera.take(bytes); });
             doIt(button);
             QTRY_COMPARE(received, frame);
         };

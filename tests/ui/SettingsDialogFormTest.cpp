@@ -24,21 +24,7 @@ const QVector<FormText> Texts{
     {"zoomSpeedLabel", "text", "Zoom Speed(1)"},
 };
 
-struct SpeedSlider
-{
-    const char* name;
-    int maximum;
-};
-
-constexpr SpeedSlider SpeedSliders[] = {
-    {"panSpeedSlider", 18},
-    {"tiltSpeedSlider", 14},
-    {"zoomSpeedSlider", 7},
-};
-
 } // namespace
-
-Q_DECLARE_METATYPE(SpeedSlider)
 
 /** The settings dialog's widgets, texts and look, before any behaviour. */
 class SettingsDialogFormTest : public QObject
@@ -124,21 +110,21 @@ private slots:
                      qPrintable(combo->objectName()));
     }
 
-    void theSlidersHaveTheirRanges_data() { speedSliders(); }
-
     void theSlidersHaveTheirRanges()
     {
-        QFETCH(SpeedSlider, speed);
         const SettingsDialogForm form;
-        const auto* slider = form.window.findChild<QSlider*>(speed.name);
-        QCOMPARE(slider->minimum(), 1);
-        QCOMPARE(slider->maximum(), speed.maximum);
-        QCOMPARE(slider->value(), 1);
-        QCOMPARE(slider->pageStep(), 2);
-        QCOMPARE(slider->singleStep(), 1);
-        QCOMPARE(slider->orientation(), Qt::Horizontal);
-        QCOMPARE(slider->tickPosition(), QSlider::NoTicks);
-        QVERIFY(slider->hasTracking());
+        const QVector<QPair<const QSlider*, int>> sliders{
+            {form.ui.panSpeedSlider, 18}, {form.ui.tiltSpeedSlider, 14}, {form.ui.zoomSpeedSlider, 7}};
+        for (const auto& [slider, maximum] : sliders) {
+            QCOMPARE(slider->minimum(), 1);
+            QCOMPARE(slider->maximum(), maximum);
+            QCOMPARE(slider->value(), 1);
+            QCOMPARE(slider->pageStep(), 2);
+            QCOMPARE(slider->singleStep(), 1);
+            QCOMPARE(slider->orientation(), Qt::Horizontal);
+            QCOMPARE(slider->tickPosition(), QSlider::NoTicks);
+            QVERIFY(slider->hasTracking());
+        }
     }
 
     void theSheetIsTheMainWindowsWithADialogRule()
@@ -216,13 +202,6 @@ private:
         QVERIFY(!widgets.isEmpty());
         for (const Widget* widget : widgets)
             QCOMPARE(widget->sizePolicy(), Widget().sizePolicy());
-    }
-
-    static void speedSliders()
-    {
-        QTest::addColumn<SpeedSlider>("speed");
-        for (const SpeedSlider& slider : SpeedSliders)
-            QTest::newRow(slider.name) << slider;
     }
 };
 
