@@ -129,6 +129,9 @@ private slots:
         QTest::addColumn<QStringList>("log");
         QTest::newRow("Tab") << Next([](Desk&) { QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab); })
                              << QStringList("Call Preset2");
+        QTest::newRow("the focus elsewhere")
+            << Next([](Desk& desk) { desk.find<QWidget>("setBtn")->setFocus(); })
+            << QStringList("Call Preset2");
         QTest::newRow("another button")
             << Next([](Desk& desk) { QTest::mousePress(desk.find<QPushButton>("leftBtn"), Qt::LeftButton); })
             << QStringList({"Call Preset2", "MoveLeft"});
