@@ -3,6 +3,7 @@
 #include <QAccessible>
 #include <QAction>
 #include <QCheckBox>
+#include <QMetaMethod>
 #include <QPainter>
 #include <QRegularExpression>
 #include <QSlider>
@@ -27,6 +28,29 @@ QObject* formObject(QWidget* window, const char* name)
     if (!object)
         qFatal("there is no %s", name);
     return object;
+}
+
+QString textOf(QWidget* window, const FormText& text)
+{
+    return formObject(window, text.object)->property(text.property).toString();
+}
+
+QImage screenshot(QWidget* part)
+{
+    QWidget* window = part->window();
+    const QRect place(part->mapTo(window, QPoint(0, 0)), part->size());
+    return window->grab(place).toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied);
+}
+
+bool hasColour(const QImage& image, QRgb colour)
+{
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (image.pixel(x, y) == colour)
+                return true;
+        }
+    }
+    return false;
 }
 
 QImage buttonWithFrame(const QSize& button, const QString& image, int frame)
@@ -152,9 +176,38 @@ QStringList namedChildren(const QObject* parent)
     return names;
 }
 
+QByteArrayList privateSlots(const QMetaObject& type)
+{
+    QByteArrayList declared;
+    for (int index = type.methodOffset(); index < type.methodCount(); ++index) {
+        const QMetaMethod method = type.method(index);
+        QByteArray parameter = method.parameterTypes().join() + ' ' + method.parameterNames().join();
+        declared.append(method.name() + '(' + parameter.trimmed() + ')');
+        if (method.methodType() != QMetaMethod::Slot || method.access() != QMetaMethod::Private ||
+            method.returnType() != QMetaType::Void)
+            declared.last() += " is no private slot";
+    }
+    return declared;
+}
+
 QString accessibleName(QWidget* widget)
 {
     return QAccessible::queryAccessibleInterface(widget)->text(QAccessible::Name);
+}
+
+QStringList presetToolTips(const QWidget* window)
+{
+    QStringList toolTips;
+    const auto names = defaultPresetNames();
+    for (const QString& name : names)
+        toolTips.append(window->findChild<QWidget*>(name.toLower() + "Btn")->toolTip());
+    return toolTips;
+}
+
+QStringList defaultPresetNames()
+{
+    return {"Preset1", "Preset2", "Preset3", "Preset4", "Preset5",
+            "Preset6", "Preset7", "Preset8", "Preset9"};
 }
 
 QStringList tabOrder(QWidget* first)

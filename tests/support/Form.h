@@ -3,11 +3,14 @@
 #include "support/PrivateProfile.h"
 
 #include <QApplication>
+#include <QByteArrayList>
 #include <QImage>
 #include <QLayout>
 #include <QString>
 #include <QStringList>
 #include <QTranslator>
+#include <QVector>
+#include <QtTest>
 
 class QCheckBox;
 class QSlider;
@@ -20,6 +23,30 @@ class BareApplication
     char name[5] = "form";
     char* arguments[2] = {name, nullptr};
     QApplication app{count, arguments};
+};
+
+/** A window with a form, and with no behaviour behind it. */
+template <class Window, class Ui> struct FormAlone
+{
+    FormAlone() { ui.setupUi(&window); }
+
+    void show()
+    {
+        window.show();
+        QTRY_VERIFY(window.isActiveWindow());
+    }
+
+    /** The size that its content asks for. */
+    static QSize fittingSize()
+    {
+        FormAlone form;
+        form.window.adjustSize();
+        return form.window.size();
+    }
+
+    BareApplication application;
+    Window window;
+    Ui ui;
 };
 
 /** A text that a form gives to one of its objects. */
@@ -38,6 +65,7 @@ struct ImageButton
     const char* image;
     int maximumWidth;
     const char* toolTip;
+    int height = 60;
 };
 
 constexpr int NoLimit = 16777215;
@@ -59,7 +87,7 @@ constexpr ImageButton ImageButtons[] = {
     {"preset8Btn", "preset8.png", NoLimit, "Preset8"},
     {"preset9Btn", "preset9.png", NoLimit, "Preset9"},
 };
-constexpr ImageButton SettingsButton{"settingsBtn", "setting.PNG", 30, "Settings"};
+constexpr ImageButton SettingsButton{"settingsBtn", "setting.PNG", 30, "Settings", 30};
 
 /** Makes a foreign language of every text in one context: "Connect" becomes "<Connect>". */
 class BracketTranslator : public QTranslator
@@ -81,6 +109,30 @@ private:
 
 /** The object with this name among a window's own; the window itself if the name is empty. */
 QObject* formObject(QWidget* window, const char* name);
+
+/** The text that a form has given to one of the window's objects. */
+QString textOf(QWidget* window, const FormText& text);
+
+/** Checks that a form writes these texts, and writes them anew in the user's language. */
+template <class Form> void checkTexts(const char* context, const QVector<FormText>& texts)
+{
+    Form form;
+    for (const FormText& text : texts) {
+        QCOMPARE(textOf(&form.window, text), QString(text.text));
+        formObject(&form.window, text.object)->setProperty(text.property, "anything");
+    }
+    BracketTranslator translator(context);
+    QCoreApplication::installTranslator(&translator);
+    form.ui.retranslateUi(&form.window);
+    // An empty text is empty in every language.
+    for (const FormText& text : texts)
+        QCOMPARE(textOf(&form.window, text), *text.text ? '<' + QString(text.text) + '>' : QString());
+}
+
+/** A part of a window as it is drawn. */
+QImage screenshot(QWidget* part);
+
+bool hasColour(const QImage& image, QRgb colour);
 
 /** What a button of this size shows of its image: one of the three frames in the middle, on the window's
  * background. */
@@ -107,8 +159,18 @@ QStringList sharedStyleRules();
 /** The classes, names and order of a widget's child widgets and actions, e.g. "QLabel logo". */
 QStringList namedChildren(const QObject* parent);
 
+/** What a class declares of its own in order, such as "onPanSpeedChanged(int val)". What is no private slot
+ * without a result says so. */
+QByteArrayList privateSlots(const QMetaObject& type);
+
 /** The name under which assistive software finds a widget. */
 QString accessibleName(QWidget* widget);
+
+/** The tooltips of the preset buttons in the main window. */
+QStringList presetToolTips(const QWidget* window);
+
+/** Their tooltips as long as no preset has a name. */
+QStringList defaultPresetNames();
 
 /** The object names of the widgets that the Tab key goes through, from the given one until it comes round. */
 QStringList tabOrder(QWidget* first);

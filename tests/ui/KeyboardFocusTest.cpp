@@ -11,7 +11,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 
 namespace {
 
@@ -59,16 +58,15 @@ QVector<QPoint> frameAround(const QRect& area, int distance)
 QRect seenPartOf(const QWidget* control)
 {
     const QRect all(control->mapTo(control->window(), QPoint(0, 0)), control->size());
-    const auto centred = [&all](const char* image) {
-        const int side = QImage(QString(":/assets/") + image).width();
-        return QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, {side, side}, all);
-    };
-    if (control->objectName() == SettingsButton.name)
-        return centred(SettingsButton.image);
-    const auto* found =
-        std::find_if(std::begin(ImageButtons), std::end(ImageButtons),
-                     [control](const auto& button) { return control->objectName() == button.name; });
-    return found == std::end(ImageButtons) ? all : centred(found->image);
+    QString image = control->objectName() == SettingsButton.name ? SettingsButton.image : "";
+    for (const ImageButton& button : ImageButtons) {
+        if (control->objectName() == button.name)
+            image = button.image;
+    }
+    if (image.isEmpty())
+        return all;
+    const int side = QImage(":/assets/" + image).width();
+    return QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, {side, side}, all);
 }
 
 // A field with the focus shows its cursor: puts the part of another picture in its place.
@@ -90,6 +88,20 @@ QList<QWidget*> controlsOf(QWidget* window)
     return controls;
 }
 
+void addWindows()
+{
+    QTest::addColumn<QByteArray>("window");
+    QTest::newRow("main window") << QByteArray("AppMainWin");
+    QTest::newRow("settings") << QByteArray("AppSettingWin");
+}
+
+// The window of that name, with the settings open beside it.
+QWidget* windowOf(const Desk& desk, const QByteArray& name)
+{
+    desk.find<QPushButton>("settingsBtn")->click();
+    return name == "AppMainWin" ? desk.program->app.mainWin : desk.find<QWidget>(name.constData());
+}
+
 } // namespace
 
 /** Whoever works without a mouse sees where the keyboard is, and nothing acts unasked. */
@@ -98,207 +110,201 @@ class KeyboardFocusTest : public QObject
     Q_OBJECT
 
 private slots:
-    void everyControlShowsThatItHasTheKeyboard_data();
-    void everyControlShowsThatItHasTheKeyboard();
-    void nothingShowsAFocusThatIsElsewhere();
-    void anOpenListShowsItsChosenEntry_data();
-    void anOpenListShowsItsChosenEntry();
-    void aLongListHasAScrollBar();
-    void spaceAfterTheStartDoesNothing();
-    void spaceAfterTheSettingsOpenDoesNothing();
-    void theFirstTabGoesToTheFirstControl();
-    void aFilledFieldIsSelectedByTab();
-    void theStyleOfTheRingDrawsTheRestAsTheDesktopDoes_data();
-    void theStyleOfTheRingDrawsTheRestAsTheDesktopDoes();
-};
 
-void KeyboardFocusTest::everyControlShowsThatItHasTheKeyboard_data()
-{
-    QTest::addColumn<QString>("window");
-    QTest::addColumn<int>("controls");
-    QTest::newRow("main window") << "AppMainWin" << 22;
-    QTest::newRow("settings") << "AppSettingWin" << 10;
-}
+    void everyControlShowsThatItHasTheKeyboard_data() { addWindows(); }
 
-void KeyboardFocusTest::everyControlShowsThatItHasTheKeyboard()
-{
-    QFETCH(QString, window);
-    QFETCH(int, controls);
-    Desk desk({{"isstartuppreset", true}});
-    QWidget* shown = desk.program->app.mainWin;
-    if (window == "AppSettingWin") {
-        desk.find<QPushButton>("settingsBtn")->click();
-        shown = desk.find<QWidget>("AppSettingWin");
-    }
-    QTRY_VERIFY(shown->isActiveWindow());
-    // As if Tab had been pressed: a style may draw no mark before that.
-    shown->setAttribute(Qt::WA_KeyboardFocusChange);
-    const QImage without = pictureOf(shown);
+    void everyControlShowsThatItHasTheKeyboard()
+    {
+        QFETCH(QByteArray, window);
+        Desk desk({{"isstartuppreset", true}});
+        QWidget* shown = windowOf(desk, window);
+        shown->activateWindow();
+        QTRY_VERIFY(shown->isActiveWindow());
+        // As if Tab had been pressed: a style may draw no mark before that.
+        shown->setAttribute(Qt::WA_KeyboardFocusChange);
+        const QImage without = pictureOf(shown);
 
-    const auto shownControls = controlsOf(shown);
-    QCOMPARE(shownControls.size(), controls);
-    for (QWidget* control : shownControls) {
-        control->setFocus(Qt::TabFocusReason);
-        QTRY_VERIFY(control->hasFocus());
-        const QImage with = pictureOf(shown);
-        QImage withoutRing = with;
-        const QRect seen = seenPartOf(control);
-        const auto outside = frameAround(seen, RingWidth + 1);
-        for (const QPoint& point : outside)
-            QVERIFY2(contrast(qRgb(255, 255, 255), with.pixel(point)) >= LeastContrast,
-                     qPrintable(control->objectName()));
-
-        for (int distance = 1; distance <= RingWidth; ++distance) {
-            const auto ring = frameAround(seen, distance);
-            for (const QPoint& point : ring) {
-                QCOMPARE(with.pixel(point), qRgb(255, 255, 255));
-                QVERIFY2(contrast(with.pixel(point), without.pixel(point)) >= LeastContrast,
+        const auto shownControls = controlsOf(shown);
+        QVERIFY(!shownControls.isEmpty());
+        for (QWidget* control : shownControls) {
+            control->setFocus(Qt::TabFocusReason);
+            QTRY_VERIFY(control->hasFocus());
+            const QImage with = pictureOf(shown);
+            QImage withoutRing = with;
+            const QRect seen = seenPartOf(control);
+            const auto outside = frameAround(seen, RingWidth + 1);
+            for (const QPoint& point : outside)
+                QVERIFY2(contrast(qRgb(255, 255, 255), with.pixel(point)) >= LeastContrast,
                          qPrintable(control->objectName()));
-                withoutRing.setPixel(point, without.pixel(point));
+
+            for (int distance = 1; distance <= RingWidth; ++distance) {
+                const auto ring = frameAround(seen, distance);
+                for (const QPoint& point : ring) {
+                    QCOMPARE(with.pixel(point), qRgb(255, 255, 255));
+                    QVERIFY2(contrast(with.pixel(point), without.pixel(point)) >= LeastContrast,
+                             qPrintable(control->objectName()));
+                    withoutRing.setPixel(point, without.pixel(point));
+                }
             }
+            leaveOutCursor(withoutRing, without, control);
+            QVERIFY2(withoutRing == without, qPrintable(control->objectName() + " shows more than the ring"));
         }
-        leaveOutCursor(withoutRing, without, control);
-        QVERIFY2(withoutRing == without, qPrintable(control->objectName() + " shows more than the ring"));
     }
-}
 
-void KeyboardFocusTest::nothingShowsAFocusThatIsElsewhere()
-{
-    Desk desk;
-    QWidget* window = desk.program->app.mainWin;
-    QTRY_VERIFY(window->isActiveWindow());
-    const QImage before = pictureOf(window);
+    void nothingShowsAFocusThatIsElsewhere()
+    {
+        Desk desk;
+        QWidget* window = desk.program->app.mainWin;
+        QTRY_VERIFY(window->isActiveWindow());
+        const QImage before = pictureOf(window);
 
-    desk.find<QPushButton>("leftBtn")->setFocus(Qt::TabFocusReason);
-    QTRY_VERIFY(pictureOf(window) != before);
-    desk.find<QWidget>("centralWidget")->setFocus();
+        desk.find<QPushButton>("leftBtn")->setFocus(Qt::TabFocusReason);
+        QTRY_VERIFY(pictureOf(window) != before);
+        desk.find<QWidget>("centralWidget")->setFocus();
 
-    QTRY_COMPARE(pictureOf(window), before);
-}
+        QTRY_COMPARE(pictureOf(window), before);
+    }
 
-void KeyboardFocusTest::anOpenListShowsItsChosenEntry_data()
-{
-    QTest::addColumn<QByteArray>("list");
-    for (const char* list : {"comPortCombo", "baudRateCombo", "startUpPresetCombo"})
-        QTest::newRow(list) << QByteArray(list);
-}
+    void anOpenListShowsItsChosenEntry_data()
+    {
+        QTest::addColumn<QByteArray>("list");
+        for (const char* list : {"comPortCombo", "baudRateCombo", "startUpPresetCombo"})
+            QTest::newRow(list) << QByteArray(list);
+    }
 
-void KeyboardFocusTest::anOpenListShowsItsChosenEntry()
-{
-    QFETCH(QByteArray, list);
-    Desk desk({{"isstartuppreset", true}});
-    desk.find<QPushButton>("settingsBtn")->click();
-    auto* combo = desk.find<QComboBox>(list.constData());
-    combo->addItem("one more");
-    combo->setCurrentIndex(1);
+    void anOpenListShowsItsChosenEntry()
+    {
+        QFETCH(QByteArray, list);
+        Desk desk({{"isstartuppreset", true}});
+        desk.find<QPushButton>("settingsBtn")->click();
+        auto* combo = desk.find<QComboBox>(list.constData());
+        combo->addItem("one more");
+        combo->setCurrentIndex(1);
 
-    combo->showPopup();
-    QTRY_VERIFY(combo->view()->isVisible());
+        combo->showPopup();
+        QTRY_VERIFY(combo->view()->isVisible());
 
-    QWidget* popup = combo->view()->window();
-    const QImage shown = pictureOf(popup);
-    const auto colourOf = [&](int row) {
-        const QRect entry = combo->view()->visualRect(combo->model()->index(row, 0));
-        const int leftOfTheText = 1;
-        return shown.pixel(
-            combo->view()->viewport()->mapTo(popup, QPoint(leftOfTheText, entry.center().y())));
-    };
-    QVERIFY(contrast(colourOf(1), colourOf(0)) >= LeastContrast);
-    // No strips of another colour above and below the entries, where a style may draw a thin frame.
-    for (const int y : {2, shown.height() - 3})
-        QVERIFY(contrast(shown.pixel(shown.width() / 3, y), colourOf(0)) < LeastContrast);
-    combo->hidePopup();
-}
+        QWidget* popup = combo->view()->window();
+        const QImage shown = pictureOf(popup);
+        const auto colourOf = [&](int row) {
+            const QRect entry = combo->view()->visualRect(combo->model()->index(row, 0));
+            const int leftOfTheText = 1;
+            return shown.pixel(
+                combo->view()->viewport()->mapTo(popup, QPoint(leftOfTheText, entry.center().y())));
+        };
+        QVERIFY(contrast(colourOf(1), colourOf(0)) >= LeastContrast);
+        // No strips of another colour above and below the entries, where a style may draw a thin frame.
+        for (const int y : {2, shown.height() - 3})
+            QVERIFY(contrast(shown.pixel(shown.width() / 3, y), colourOf(0)) < LeastContrast);
+        combo->hidePopup();
+    }
 
-void KeyboardFocusTest::aLongListHasAScrollBar()
-{
-    Desk desk({{"isstartuppreset", true}});
-    desk.find<QPushButton>("settingsBtn")->click();
-    auto* presets = desk.find<QComboBox>("startUpPresetCombo");
+    void aLongListHasAScrollBar()
+    {
+        Desk desk({{"isstartuppreset", true}});
+        desk.find<QPushButton>("settingsBtn")->click();
+        auto* presets = desk.find<QComboBox>("startUpPresetCombo");
 
-    presets->showPopup();
+        presets->showPopup();
 
-    QTRY_VERIFY(presets->view()->verticalScrollBar()->isVisible());
-    presets->hidePopup();
-}
+        QTRY_VERIFY(presets->view()->verticalScrollBar()->isVisible());
+        presets->hidePopup();
+    }
 
-void KeyboardFocusTest::spaceAfterTheStartDoesNothing()
-{
-    Desk desk;
-    QWidget* window = desk.program->app.mainWin;
-    QTRY_VERIFY(window->isActiveWindow());
+    void spaceAfterTheStartDoesNothing()
+    {
+        Desk desk;
+        QWidget* window = desk.program->app.mainWin;
+        QTRY_VERIFY(window->isActiveWindow());
 
-    QVERIFY(QApplication::focusWidget());
-    for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_5})
-        QTest::keyClick(QApplication::focusWidget(), key);
+        QVERIFY(QApplication::focusWidget());
+        for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_5})
+            QTest::keyClick(QApplication::focusWidget(), key);
 
-    QVERIFY(!desk.find<QWidget>("AppSettingWin")->isVisible());
-    QVERIFY(desk.link()->isConnected());
-    QCOMPARE(desk.find<QLineEdit>("presetEdit")->text(), QString());
-    QCOMPARE(desk.profile.log(), QStringList());
-    QCOMPARE(desk.user.texts(), QStringList());
-}
+        QVERIFY(!desk.find<QWidget>("AppSettingWin")->isVisible());
+        QVERIFY(desk.link()->isConnected());
+        QCOMPARE(desk.find<QLineEdit>("presetEdit")->text(), QString());
+        QCOMPARE(desk.profile.log(), QStringList());
+        QCOMPARE(desk.user.texts(), QStringList());
+    }
 
-void KeyboardFocusTest::spaceAfterTheSettingsOpenDoesNothing()
-{
-    Desk desk;
-    desk.find<QPushButton>("settingsBtn")->click();
-    const auto* settings = desk.find<QWidget>("AppSettingWin");
-    QTRY_VERIFY(settings->isActiveWindow());
+    void spaceAfterTheSettingsOpenDoesNothing()
+    {
+        Desk desk;
+        desk.find<QPushButton>("settingsBtn")->click();
+        const auto* settings = desk.find<QWidget>("AppSettingWin");
+        QTRY_VERIFY(settings->isActiveWindow());
 
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
 
-    QVERIFY(!desk.settings()->getRunOnStartUp());
-    QCOMPARE(desk.profile.osascriptRuns().size(), 0);
-}
+        QVERIFY(!desk.settings()->getRunOnStartUp());
+        QCOMPARE(desk.profile.osascriptRuns().size(), 0);
+    }
 
-void KeyboardFocusTest::theFirstTabGoesToTheFirstControl()
-{
-    Desk desk;
-    QTRY_VERIFY(desk.program->app.mainWin->isActiveWindow());
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-    QCOMPARE(QApplication::focusWidget()->objectName(), QString("settingsBtn"));
+    void theFirstTabGoesToTheFirstControl()
+    {
+        Desk desk;
+        QTRY_VERIFY(desk.program->app.mainWin->isActiveWindow());
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        QCOMPARE(QApplication::focusWidget()->objectName(), QString("settingsBtn"));
 
-    desk.find<QPushButton>("settingsBtn")->click();
-    QTRY_VERIFY(desk.find<QWidget>("AppSettingWin")->isActiveWindow());
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
-    QCOMPARE(QApplication::focusWidget()->objectName(), QString("runOnStartUpCheck"));
-}
+        desk.find<QPushButton>("settingsBtn")->click();
+        QTRY_VERIFY(desk.find<QWidget>("AppSettingWin")->isActiveWindow());
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        QCOMPARE(QApplication::focusWidget()->objectName(), QString("runOnStartUpCheck"));
+    }
 
-void KeyboardFocusTest::aFilledFieldIsSelectedByTab()
-{
-    Desk desk;
-    auto* field = desk.find<QLineEdit>("presetEdit");
-    field->setText("12");
-    desk.find<QPushButton>("preset9Btn")->setFocus();
+    void aFilledFieldIsSelectedByTab()
+    {
+        Desk desk;
+        auto* field = desk.find<QLineEdit>("presetEdit");
+        field->setText("12");
+        desk.find<QPushButton>("preset9Btn")->setFocus();
 
-    QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
 
-    QCOMPARE(field->selectedText(), QString("12"));
-}
+        QCOMPARE(field->selectedText(), QString("12"));
+    }
 
-void KeyboardFocusTest::theStyleOfTheRingDrawsTheRestAsTheDesktopDoes_data()
-{
-    QTest::addColumn<QString>("window");
-    QTest::newRow("main window") << "AppMainWin";
-    QTest::newRow("settings") << "AppSettingWin";
-}
+    void aPressOfTheMousePutsTheCursorIntoAnEmptyField_data()
+    {
+        QTest::addColumn<QByteArray>("name");
+        for (const char* field : {"presetEdit", "presetNameEdit"})
+            QTest::newRow(field) << QByteArray(field);
+    }
 
-void KeyboardFocusTest::theStyleOfTheRingDrawsTheRestAsTheDesktopDoes()
-{
-    QFETCH(QString, window);
-    Desk desk;
-    desk.find<QPushButton>("settingsBtn")->click();
-    QWidget* shown = window == "AppMainWin" ? desk.program->app.mainWin : desk.find<QWidget>("AppSettingWin");
-    const QImage withRingStyle = pictureOf(shown);
+    void aPressOfTheMousePutsTheCursorIntoAnEmptyField()
+    {
+        QFETCH(QByteArray, name);
+        Desk desk;
+        auto* field = desk.find<QLineEdit>(name.constData());
+        // The cursor does not blink.
+        QApplication::setCursorFlashTime(0);
+        const QImage without = pictureOf(field);
 
-    shown->setStyle(QApplication::style());
-    const auto buttons = shown->findChildren<QPushButton*>();
-    for (QPushButton* button : buttons)
-        button->setStyle(QApplication::style());
+        QTest::mousePress(field, Qt::LeftButton);
+        QVERIFY(pictureOf(field) != without);
+        QTest::keyClicks(QApplication::focusWidget(), "7");
+        QCOMPARE(field->text(), QString("7"));
+    }
 
-    QVERIFY(pictureOf(shown) == withRingStyle);
-}
+    void theStyleOfTheRingDrawsTheRestAsTheDesktopDoes_data() { addWindows(); }
+
+    void theStyleOfTheRingDrawsTheRestAsTheDesktopDoes()
+    {
+        QFETCH(QByteArray, window);
+        Desk desk;
+        QWidget* shown = windowOf(desk, window);
+        const QImage withRingStyle = pictureOf(shown);
+
+        shown->setStyle(QApplication::style());
+        const auto buttons = shown->findChildren<QPushButton*>();
+        for (QPushButton* button : buttons)
+            button->setStyle(QApplication::style());
+
+        QVERIFY(pictureOf(shown) == withRingStyle);
+    }
+};
 
 QTEST_APPLESS_MAIN(KeyboardFocusTest)
 

@@ -3,12 +3,8 @@
 #include "ui_AppMainWin.h"
 
 #include <QHelpEvent>
-#include <QImage>
 #include <QMainWindow>
-#include <QMenuBar>
-#include <QToolBar>
 #include <QToolTip>
-#include <QtTest>
 
 namespace {
 
@@ -18,53 +14,45 @@ constexpr QRgb White = 0xffffffff;
 constexpr QRgb Black = 0xff000000;
 constexpr QRgb Red = 0xffff0000;
 
-/** The form on a plain window, with no controller behind it. */
-struct MainWindowForm
+using MainWindowForm = FormAlone<QMainWindow, Ui_AppMainWin>;
+
+QVector<ImageButton> imageButtons()
 {
-    MainWindowForm() { ui.setupUi(&window); }
+    QVector<ImageButton> buttons{SettingsButton};
+    std::copy(std::begin(ImageButtons), std::end(ImageButtons), std::back_inserter(buttons));
+    return buttons;
+}
 
-    void show()
-    {
-        window.show();
-        QTRY_VERIFY(window.isActiveWindow());
-    }
+QVector<FormText> texts()
+{
+    QVector<FormText> all{
+        {"", "windowTitle", "Vantrel Controller"},
+        {"actionShow_Settings", "text", "Show Settings"},
+        {"label_3", "text", ""},
+        {"connectBtn", "text", "Connect"},
+        {"presetEdit", "toolTip", "Preset Number Input"},
+        {"presetEdit", "placeholderText", "Enter preset number(1-64)"},
+        {"callBtn", "toolTip", "Recall Preset"},
+        {"callBtn", "text", "CALL"},
+        {"presetNameEdit", "placeholderText", "Enter preset name"},
+        {"setBtn", "toolTip", "Set Preset"},
+        {"setBtn", "text", "SET"},
+    };
+    const auto buttons = imageButtons();
+    for (const ImageButton& button : buttons)
+        all << FormText{button.name, "toolTip", button.toolTip} << FormText{button.name, "text", ""};
+    return all;
+}
 
-    BareApplication application;
-    QMainWindow window;
-    Ui_AppMainWin ui;
+/** How the form lets the layout size a widget, and its own style rules. */
+struct Look
+{
+    QSize minimum{0, 0};
+    QSize maximum{NoLimit, NoLimit};
+    QStringList rules;
 };
 
-constexpr FormText Texts[] = {
-    {"", "windowTitle", "Vantrel Controller"},
-    {"actionShow_Settings", "text", "Show Settings"},
-    {"settingsBtn", "toolTip", "Settings"},
-    {"connectBtn", "text", "Connect"},
-    {"upBtn", "toolTip", "Move Up"},
-    {"leftBtn", "toolTip", "Move Left"},
-    {"homeBtn", "toolTip", "Move Home"},
-    {"rightBtn", "toolTip", "Move Right"},
-    {"zoomInBtn", "toolTip", "Zoom In"},
-    {"downBtn", "toolTip", "Move Down"},
-    {"zoomOutBtn", "toolTip", "Zoom Out"},
-    {"preset1Btn", "toolTip", "Preset1"},
-    {"preset2Btn", "toolTip", "Preset2"},
-    {"preset3Btn", "toolTip", "Preset3"},
-    {"preset4Btn", "toolTip", "Preset4"},
-    {"preset5Btn", "toolTip", "Preset5"},
-    {"preset6Btn", "toolTip", "Preset6"},
-    {"preset7Btn", "toolTip", "Preset7"},
-    {"preset8Btn", "toolTip", "Preset8"},
-    {"preset9Btn", "toolTip", "Preset9"},
-    {"presetEdit", "toolTip", "Preset Number Input"},
-    {"presetEdit", "placeholderText", "Enter preset number(1-64)"},
-    {"callBtn", "toolTip", "Recall Preset"},
-    {"callBtn", "text", "CALL"},
-    {"presetNameEdit", "placeholderText", "Enter preset name"},
-    {"setBtn", "toolTip", "Set Preset"},
-    {"setBtn", "text", "SET"},
-};
-
-QString spriteSheet(const char* image)
+QStringList spriteRules(const QString& image)
 {
     const QString rules =
         "QPushButton { width :60px; height : 60px; background :  url(':/assets/%1') center top "
@@ -73,28 +61,47 @@ QString spriteSheet(const char* image)
         "center center no-repeat }\n"
         "QPushButton:pressed { width : 60px; height : 60px; background :  url(':/assets/%1') "
         "center bottom no-repeat }";
-    return rules.arg(image);
+    return rules.arg(image).split('\n');
 }
 
-QImage screenshot(QWidget* window, QWidget* part)
+QStringList settingsRules()
 {
-    const QRect place(part->mapTo(window, QPoint(0, 0)), part->size());
-    return window->grab(place).toImage().convertToFormat(QImage::Format_ARGB32_Premultiplied);
+    return {"QPushButton { width : 30px; height : 30px; background :  url(:/assets/setting.PNG) "
+            "center top no-repeat }",
+            "QPushButton:hover { width : 30px; height : 30px; background :  url(:/assets/setting.PNG) "
+            "center center no-repeat }",
+            "QPushButton:pressed { width : 30px; height : 30px; background :  url(:/assets/setting.PNG) "
+            "center bottom no-repeat }"};
 }
 
-int pixelsOfColour(const QImage& image, QRgb colour)
+/** The looks of the widgets that have one of their own. */
+QMap<QString, Look> looks()
 {
-    int count = 0;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x)
-            count += image.pixel(x, y) == colour ? 1 : 0;
+    QMap<QString, Look> looks;
+    const auto buttons = imageButtons();
+    for (const ImageButton& button : buttons) {
+        const bool isSettings = button.name == SettingsButton.name;
+        looks[button.name] = {{70, button.height},
+                              {button.maximumWidth, button.height},
+                              isSettings ? settingsRules() : spriteRules(button.image)};
     }
-    return count;
+    looks["label_3"].rules = QStringList("QLabel { image : url(:/assets/Vantrel.png) }");
+    return looks;
+}
+
+QSizePolicy policyOf(const QWidget* widget)
+{
+    if (qobject_cast<const QLineEdit*>(widget) || widget->objectName() == SettingsButton.name)
+        return {QSizePolicy::Preferred, QSizePolicy::Preferred};
+    if (qobject_cast<const QPushButton*>(widget))
+        return QPushButton().sizePolicy();
+    if (qobject_cast<const QLabel*>(widget))
+        return QLabel().sizePolicy();
+    return qobject_cast<const QStatusBar*>(widget) ? QStatusBar().sizePolicy() : QWidget().sizePolicy();
 }
 
 } // namespace
 
-Q_DECLARE_METATYPE(FormText)
 Q_DECLARE_METATYPE(ImageButton)
 
 /** The main window's widgets, texts and look, before any behaviour. */
@@ -118,31 +125,7 @@ private slots:
 #endif
     }
 
-    void theWindowKeepsItsOwnNameAndHeightForWidth()
-    {
-        const BareApplication application;
-        QMainWindow window;
-        window.setObjectName("controlSurface");
-        QSizePolicy tall;
-        tall.setHeightForWidth(true);
-        window.setSizePolicy(tall);
-
-        Ui_AppMainWin ui;
-        ui.setupUi(&window);
-        QCOMPARE(window.objectName(), QString("controlSurface"));
-        QVERIFY(window.sizePolicy().hasHeightForWidth());
-    }
-
-    void thereIsAStatusBarButNoMenuBarAndNoToolBar()
-    {
-        const MainWindowForm form;
-        QVERIFY(!form.window.menuWidget());
-        QVERIFY(form.window.findChildren<QMenuBar*>().isEmpty());
-        QVERIFY(form.window.findChildren<QToolBar*>().isEmpty());
-        QCOMPARE(form.ui.statusBar->objectName(), QString("statusBar"));
-        QCOMPARE(form.window.findChildren<QStatusBar*>(), QList<QStatusBar*>({form.ui.statusBar}));
-    }
-
+    // Neither a menu bar nor a toolbar is among them.
     void theWidgetsAreThereInOrder()
     {
         const MainWindowForm form;
@@ -186,7 +169,6 @@ private slots:
     {
         const MainWindowForm form;
         const auto layouts = form.ui.centralWidget->findChildren<QBoxLayout*>();
-        QCOMPARE(layouts.size(), 28);
         for (const QBoxLayout* layout : layouts) {
             const QByteArray name = layout->objectName().toUtf8();
             const bool isRow = name.startsWith("horizontal");
@@ -211,74 +193,19 @@ private slots:
         }
     }
 
-    void theButtonsStandWhereTheirDirectionPoints()
-    {
-        MainWindowForm form;
-        form.show();
-        const auto centre = [&](const QWidget* widget) { return widget->geometry().center(); };
-
-        QCOMPARE(centre(form.ui.upBtn).x(), centre(form.ui.homeBtn).x());
-        QCOMPARE(centre(form.ui.downBtn).x(), centre(form.ui.homeBtn).x());
-        QCOMPARE(centre(form.ui.leftBtn).y(), centre(form.ui.homeBtn).y());
-        QCOMPARE(centre(form.ui.rightBtn).y(), centre(form.ui.homeBtn).y());
-        QVERIFY(centre(form.ui.upBtn).y() < centre(form.ui.homeBtn).y());
-        QVERIFY(centre(form.ui.downBtn).y() > centre(form.ui.homeBtn).y());
-        QVERIFY(centre(form.ui.leftBtn).x() < centre(form.ui.homeBtn).x());
-        QVERIFY(centre(form.ui.rightBtn).x() > centre(form.ui.homeBtn).x());
-    }
-
-    void imageButtonsHaveTheirSizes_data()
-    {
-        imageButtons();
-    }
-
-    void imageButtonsHaveTheirSizes()
-    {
-        QFETCH(ImageButton, button);
-        const MainWindowForm form;
-        const auto* widget = form.window.findChild<QPushButton*>(button.name);
-        QCOMPARE(widget->minimumSize(), QSize(70, 60));
-        QCOMPARE(widget->maximumSize(), QSize(button.maximumWidth, 60));
-        QCOMPARE(widget->sizePolicy(), QPushButton().sizePolicy());
-    }
-
-    void theSettingsButtonHasItsSize()
+    void theWidgetsHaveTheirSizesPoliciesAndRules()
     {
         const MainWindowForm form;
-        QCOMPARE(form.ui.settingsBtn->minimumSize(), QSize(70, 30));
-        QCOMPARE(form.ui.settingsBtn->maximumSize(), QSize(30, 30));
-        QCOMPARE(form.ui.settingsBtn->sizePolicy(),
-                 QSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred));
-    }
-
-    void theFieldsGiveWay()
-    {
-        const MainWindowForm form;
-        for (const QLineEdit* field : {form.ui.presetEdit, form.ui.presetNameEdit}) {
-            QCOMPARE(field->sizePolicy(), QSizePolicy(QSizePolicy::Preferred, QSizePolicy::Preferred));
-            QCOMPARE(field->minimumSize(), QSize(0, 0));
-            QCOMPARE(field->maximumSize(), QSize(NoLimit, NoLimit));
-            QCOMPARE(field->styleSheet(), QString());
-        }
-    }
-
-    void theOtherWidgetsHaveNoSizePolicyOrSheetOfTheirOwn()
-    {
-        const MainWindowForm form;
-        for (const QPushButton* button : {form.ui.connectBtn, form.ui.callBtn, form.ui.setBtn}) {
-            QCOMPARE(button->sizePolicy(), QPushButton().sizePolicy());
-            QCOMPARE(button->styleSheet(), QString());
-        }
-        QCOMPARE(form.ui.label_3->sizePolicy(), QLabel().sizePolicy());
-        QCOMPARE(form.ui.centralWidget->sizePolicy(), QWidget().sizePolicy());
-        QCOMPARE(form.ui.centralWidget->styleSheet(), QString());
-        QCOMPARE(form.ui.statusBar->sizePolicy(), QStatusBar().sizePolicy());
-        QCOMPARE(form.ui.statusBar->styleSheet(), QString());
-        const QWidgetList widgets{form.ui.connectBtn, form.ui.callBtn,       form.ui.setBtn,
-                                  form.ui.label_3,    form.ui.centralWidget, form.ui.statusBar};
+        const auto expected = looks();
+        auto widgets = form.ui.centralWidget->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
+        widgets << form.ui.centralWidget << form.ui.statusBar;
         for (const QWidget* widget : widgets) {
-            QVERIFY2(widget->minimumSize() == QSize(0, 0), qPrintable(widget->objectName()));
-            QVERIFY2(widget->maximumSize() == QSize(NoLimit, NoLimit), qPrintable(widget->objectName()));
+            const QByteArray name = widget->objectName().toUtf8();
+            const Look look = expected.value(name);
+            QVERIFY2(widget->minimumSize() == look.minimum, name);
+            QVERIFY2(widget->maximumSize() == look.maximum, name);
+            QVERIFY2(widget->sizePolicy() == policyOf(widget), name);
+            QVERIFY2(styleRules(widget->styleSheet()) == look.rules, name);
         }
     }
 
@@ -291,93 +218,16 @@ private slots:
         QCOMPARE(styleRules(form.window.styleSheet()), ownRules + sharedStyleRules());
     }
 
-    void theLogoSheetShowsTheLogo()
+    void theTextsAreWrittenInEveryLanguage()
     {
-        const MainWindowForm form;
-        QCOMPARE(styleRules(form.ui.label_3->styleSheet()),
-                 QStringList({"QLabel { image : url(:/assets/Vantrel.png) }"}));
-    }
-
-    void spriteSheetsShowTheirImage_data()
-    {
-        imageButtons();
-    }
-
-    void spriteSheetsShowTheirImage()
-    {
-        QFETCH(ImageButton, button);
-        const MainWindowForm form;
-        QCOMPARE(styleRules(form.window.findChild<QPushButton*>(button.name)->styleSheet()),
-                 spriteSheet(button.image).split('\n'));
-    }
-
-    void theSettingsSheetShowsItsImage()
-    {
-        const MainWindowForm form;
-        QCOMPARE(styleRules(form.ui.settingsBtn->styleSheet()),
-                 QStringList({"QPushButton { width : 30px; height : 30px; background :  "
-                              "url(:/assets/setting.PNG) center top no-repeat }",
-                              "QPushButton:hover { width : 30px; height : 30px; background :  "
-                              "url(:/assets/setting.PNG) center center no-repeat }",
-                              "QPushButton:pressed { width : 30px; height : 30px; background :  "
-                              "url(:/assets/setting.PNG) center bottom no-repeat }"}));
-    }
-
-    void textsAreWritten_data()
-    {
-        texts();
-    }
-
-    void textsAreWritten()
-    {
-        QFETCH(FormText, text);
-        MainWindowForm form;
-        QCOMPARE(formObject(&form.window, text.object)->property(text.property).toString(),
-                 QString(text.text));
-    }
-
-    void textsCanBeTranslated_data()
-    {
-        texts();
-    }
-
-    void textsCanBeTranslated()
-    {
-        QFETCH(FormText, text);
-        MainWindowForm form;
-        BracketTranslator translator("AppMainWin");
-        QCoreApplication::installTranslator(&translator);
-
-        form.ui.retranslateUi(&form.window);
-        QCOMPARE(formObject(&form.window, text.object)->property(text.property).toString(),
-                 '<' + QString(text.text) + '>');
-    }
-
-    void imageButtonsAndLogoHaveNoText_data()
-    {
-        imageButtons();
-        QTest::newRow(SettingsButton.name) << SettingsButton;
-        QTest::newRow("label_3") << ImageButton{"label_3", "", 0, ""};
-    }
-
-    void imageButtonsAndLogoHaveNoText()
-    {
-        QFETCH(ImageButton, button);
-        MainWindowForm form;
-        QObject* object = formObject(&form.window, button.name);
-        QCOMPARE(object->property("text").toString(), QString());
-
-        object->setProperty("text", "anything");
-        form.ui.retranslateUi(&form.window);
-        QCOMPARE(object->property("text").toString(), QString());
+        checkTexts<MainWindowForm>("AppMainWin", texts());
     }
 
     void theOtherWidgetsHaveNoToolTip()
     {
         const MainWindowForm form;
-        const QWidgetList widgets{form.ui.presetNameEdit, form.ui.connectBtn, form.ui.label_3,
-                                  form.ui.centralWidget, form.ui.statusBar};
-        for (const QWidget* widget : widgets)
+        for (const QWidget* widget : QWidgetList{form.ui.presetNameEdit, form.ui.connectBtn, form.ui.label_3,
+                                                 form.ui.centralWidget, form.ui.statusBar})
             QVERIFY2(widget->toolTip().isEmpty(), qPrintable(widget->objectName()));
     }
 
@@ -407,38 +257,18 @@ private slots:
                               "presetNameEdit", "setBtn"}));
     }
 
-    void theFieldsTakeAnyText()
-    {
-        const MainWindowForm form;
-        for (const QLineEdit* field : {form.ui.presetEdit, form.ui.presetNameEdit}) {
-            QCOMPARE(field->text(), QString());
-            QCOMPARE(field->inputMask(), QString());
-            QVERIFY(!field->validator());
-            QCOMPARE(field->maxLength(), QLineEdit().maxLength());
-        }
-    }
-
-    void anEmptyNumberFieldShowsItsPlaceholder()
-    {
-        MainWindowForm form;
-        form.show();
-        const QImage withPlaceholder = screenshot(&form.window, form.ui.presetEdit);
-        form.ui.presetEdit->setPlaceholderText({});
-        QVERIFY(screenshot(&form.window, form.ui.presetEdit) != withPlaceholder);
-    }
-
-    void noButtonOfTheFormIsATextFieldsDefault()
+    void noButtonRepeatsOrIsATextFieldsDefault()
     {
         const MainWindowForm form;
         const auto buttons = form.window.findChildren<QPushButton*>();
         for (const QPushButton* button : buttons)
-            QVERIFY2(!button->isDefault() && !button->autoDefault(), qPrintable(button->objectName()));
+            QVERIFY2(!button->isDefault() && !button->autoDefault() && !button->autoRepeat(),
+                     qPrintable(button->objectName()));
     }
 
     void imageButtonsShowTheFrameOfTheirState_data()
     {
-        imageButtons();
-        QTest::newRow(SettingsButton.name) << SettingsButton;
+        everyImageButton();
     }
 
     void imageButtonsShowTheFrameOfTheirState()
@@ -448,70 +278,39 @@ private slots:
         form.show();
         auto* widget = form.window.findChild<QPushButton*>(button.name);
         const auto frame = [&](int number) { return buttonWithFrame(widget->size(), button.image, number); };
-        QCOMPARE(3 * widget->height(), QImage(QString(":/assets/") + button.image).height());
+        QCOMPARE(widget->height(), button.height);
 
         QTest::mouseMove(form.ui.connectBtn);
-        QCOMPARE(screenshot(&form.window, widget), frame(0));
-
+        QCOMPARE(screenshot(widget), frame(0));
         QTest::mouseMove(widget);
         QTRY_VERIFY(widget->underMouse());
-        QCOMPARE(screenshot(&form.window, widget), frame(1));
-
+        QCOMPARE(screenshot(widget), frame(1));
         QTest::mousePress(widget, Qt::LeftButton);
-        QCOMPARE(screenshot(&form.window, widget), frame(2));
-
+        QCOMPARE(screenshot(widget), frame(2));
         QTest::mouseRelease(widget, Qt::LeftButton);
-        QCOMPARE(screenshot(&form.window, widget), frame(1));
+        QCOMPARE(screenshot(widget), frame(1));
     }
 
-    void textButtonsAreGrey()
+    void theRestIsGreyWithWhiteText()
     {
         MainWindowForm form;
+        auto* status = new QLabel("Status");
+        form.ui.statusBar->addPermanentWidget(status);
         form.show();
-        for (QPushButton* button : {form.ui.connectBtn, form.ui.callBtn, form.ui.setBtn}) {
-            const QPoint besideTheText(6, button->height() / 2);
-            const auto colour = [&] { return screenshot(&form.window, button).pixel(besideTheText); };
-
-            QTest::mouseMove(form.ui.upBtn);
-            QCOMPARE(colour(), Grey);
-            QVERIFY(pixelsOfColour(screenshot(&form.window, button), White) > 0);
-            QTest::mouseMove(button);
-            QTRY_COMPARE(colour(), 0xffc9c9c9);
-            QTest::mousePress(button, Qt::LeftButton);
-            QCOMPARE(colour(), 0xff474747);
-            QTest::mouseRelease(button, Qt::LeftButton);
-        }
-    }
-
-    void thePanelIsDarkGreyAndTheLogoOnIt()
-    {
-        MainWindowForm form;
-        form.show();
-        const QImage panel = screenshot(&form.window, form.ui.centralWidget);
-        QCOMPARE(panel.pixel(3, 3), DarkGrey);
-        QCOMPARE(panel.pixel(panel.width() - 3, panel.height() - 3), DarkGrey);
-
-        const QImage logo = screenshot(&form.window, form.ui.label_3);
-        QVERIFY(pixelsOfColour(logo, DarkGrey) < logo.width() * logo.height());
-    }
-
-    void theStatusBarIsGreyWithWhiteText()
-    {
-        MainWindowForm form;
-        form.show();
-        auto* label = new QLabel("Status");
-        form.ui.statusBar->addPermanentWidget(label);
+        QTest::mouseMove(form.ui.upBtn);
         QCoreApplication::processEvents();
 
-        const QImage bar = screenshot(&form.window, form.ui.statusBar);
-        QCOMPARE(bar.pixel(20, bar.height() / 2), Grey);
-        QVERIFY(pixelsOfColour(screenshot(&form.window, label), White) > 0);
+        QCOMPARE(screenshot(form.ui.centralWidget).pixel(3, 3), DarkGrey);
+        for (QWidget* grey :
+             QWidgetList{form.ui.connectBtn, form.ui.callBtn, form.ui.setBtn, form.ui.statusBar})
+            QCOMPARE(screenshot(grey).pixel(6, grey->height() / 2), Grey);
+        for (QWidget* text : QWidgetList{form.ui.connectBtn, form.ui.callBtn, form.ui.setBtn, status})
+            QVERIFY2(hasColour(screenshot(text), White), qPrintable(text->objectName()));
     }
 
     void imageButtonsShowTheirToolTipInBlack_data()
     {
-        imageButtons();
-        QTest::newRow(SettingsButton.name) << SettingsButton;
+        everyImageButton();
     }
 
     void imageButtonsShowTheirToolTipInBlack()
@@ -531,26 +330,19 @@ private slots:
                         widget->mapToGlobal(widget->rect().center()));
         QApplication::sendEvent(widget, &help);
         QVERIFY(QToolTip::isVisible());
-        QCOMPARE(QToolTip::text(), QString(button.toolTip));
 
         const QImage toolTip = toolTipWindow()->grab().toImage();
-        QVERIFY(pixelsOfColour(toolTip, Black) > 0);
-        QCOMPARE(pixelsOfColour(toolTip, Red), 0);
+        QVERIFY(hasColour(toolTip, Black));
+        QVERIFY(!hasColour(toolTip, Red));
     }
 
 private:
-    static void imageButtons()
+    static void everyImageButton()
     {
         QTest::addColumn<ImageButton>("button");
-        for (const ImageButton& button : ImageButtons)
+        const auto buttons = imageButtons();
+        for (const ImageButton& button : buttons)
             QTest::newRow(button.name) << button;
-    }
-
-    static void texts()
-    {
-        QTest::addColumn<FormText>("text");
-        for (const FormText& text : Texts)
-            QTest::addRow("%s %s", text.object, text.property) << text;
     }
 };
 

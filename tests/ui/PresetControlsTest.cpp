@@ -1,28 +1,13 @@
 #include "support/Desk.h"
 #include "support/Form.h"
+#include "support/Frames.h"
 
 #include <QLineEdit>
 #include <QPushButton>
-#include <QTextDocument>
 
 namespace {
 
 constexpr char NumberMessage[] = "Please enter number between 1 and 64.";
-
-QByteArray presetFrame(const char* action, int preset)
-{
-    return "81 01 04 3f " + QByteArray(action) + ' ' + QByteArray(1, char(preset)).toHex() + " ff";
-}
-
-QByteArray recallFrame(int preset)
-{
-    return presetFrame("02", preset);
-}
-
-QByteArray storeFrame(int preset)
-{
-    return presetFrame("01", preset);
-}
 
 QString confirmation(int preset)
 {
@@ -36,16 +21,14 @@ QPushButton* presetButton(const Desk& desk, int preset)
 
 QStringList toolTips(const Desk& desk)
 {
-    QStringList names;
-    for (int preset = 1; preset <= 9; ++preset)
-        names.append(presetButton(desk, preset)->toolTip());
-    return names;
+    return presetToolTips(desk.program->app.mainWin);
 }
 
-QStringList defaultNames()
+QStringList defaultNamesBut(int preset, const QString& name)
 {
-    return {"Preset1", "Preset2", "Preset3", "Preset4", "Preset5",
-            "Preset6", "Preset7", "Preset8", "Preset9"};
+    QStringList names = defaultPresetNames();
+    names[preset - 1] = name;
+    return names;
 }
 
 void pressCall(const Desk& desk, const QString& number)
@@ -73,42 +56,23 @@ class PresetControlsTest : public QObject
 
 private slots:
 
-    void aQuickButtonRecallsItsPreset_data() { quickPresets(); }
-
-    void aQuickButtonRecallsItsPreset()
+    void aQuickButtonRecallsItsPresetOnceItIsReleased()
     {
-        QFETCH(int, preset);
         Desk desk;
-        QTest::mouseClick(presetButton(desk, preset), Qt::LeftButton);
-        QCOMPARE(desk.camera.nextFrame(), recallFrame(preset));
-        QCOMPARE(desk.profile.log(), QStringList({"Call Preset" + QString::number(preset)}));
+        QStringList log;
+        for (int preset = 1; preset <= 9; ++preset) {
+            QPushButton* button = presetButton(desk, preset);
+            QTest::mousePress(button, Qt::LeftButton);
+            QCOMPARE(desk.profile.log(), log);
+            QTest::mouseRelease(button, Qt::LeftButton);
+            log.append("Call Preset" + QString::number(preset));
+            QCOMPARE(desk.camera.nextFrame(), recallPreset(preset));
+            QCOMPARE(desk.profile.log(), log);
+        }
         QVERIFY(desk.user.boxes().isEmpty());
     }
 
-    void aQuickButtonActsOnTheCompletedClickOnly_data() { quickPresets(); }
-
-    void aQuickButtonActsOnTheCompletedClickOnly()
-    {
-        QFETCH(int, preset);
-        const Desk desk;
-        QPushButton* button = presetButton(desk, preset);
-
-        QTest::mousePress(button, Qt::LeftButton);
-        QCOMPARE(desk.profile.log(), QStringList());
-        QTest::mouseRelease(button, Qt::LeftButton, Qt::NoModifier, QPoint(-20, -20));
-        QCOMPARE(desk.profile.log(), QStringList());
-        QTest::mouseClick(button, Qt::LeftButton);
-        QCOMPARE(desk.profile.log().size(), 1);
-    }
-
-    void theSpaceKeyPressesAQuickButton()
-    {
-        Desk desk;
-        QTest::keyClick(presetButton(desk, 4), Qt::Key_Space);
-        QCOMPARE(desk.camera.nextFrame(), recallFrame(4));
-    }
-
-    void callRecallsTheTypedPreset_data()
+    void callAndSetActOnTheTypedPreset_data()
     {
         QTest::addColumn<QString>("text");
         QTest::addColumn<int>("preset");
@@ -120,30 +84,21 @@ private slots:
         QTest::newRow("a plus sign") << QString("+5") << 5;
     }
 
-    void callRecallsTheTypedPreset()
+    void callAndSetActOnTheTypedPreset()
     {
         QFETCH(QString, text);
         QFETCH(int, preset);
         Desk desk;
         pressCall(desk, text);
-        QCOMPARE(desk.camera.nextFrame(), recallFrame(preset));
-        QCOMPARE(desk.profile.log(), QStringList({"Call Preset" + QString::number(preset)}));
+        QCOMPARE(desk.camera.nextFrame(), recallPreset(preset));
         QVERIFY(desk.user.boxes().isEmpty());
-        QCOMPARE(desk.find<QLineEdit>("presetEdit")->text(), text);
-    }
 
-    void setStoresTheTypedPreset_data() { callRecallsTheTypedPreset_data(); }
-
-    void setStoresTheTypedPreset()
-    {
-        QFETCH(QString, text);
-        QFETCH(int, preset);
-        Desk desk;
         pressSet(desk, text, "Choir");
-        QCOMPARE(desk.camera.nextFrame(), storeFrame(preset));
-        QCOMPARE(desk.profile.log(), QStringList({"Set Preset" + QString::number(preset)}));
+        QCOMPARE(desk.camera.nextFrame(), setPreset(preset));
         QCOMPARE(desk.user.texts(), QStringList({confirmation(preset)}));
         QCOMPARE(desk.settings()->getPresetName(preset), QString("Choir"));
+        const QString number = QString::number(preset);
+        QCOMPARE(desk.profile.log(), QStringList({"Call Preset" + number, "Set Preset" + number}));
         QCOMPARE(desk.find<QLineEdit>("presetEdit")->text(), text);
         QCOMPARE(desk.find<QLineEdit>("presetNameEdit")->text(), QString("Choir"));
     }
@@ -161,6 +116,8 @@ private slots:
     {
         QFETCH(QString, text);
         Desk desk;
+        // Shown only when the names are loaded.
+        desk.settings()->setPresetName(1, "Desk");
         pressCall(desk, text);
         QCOMPARE(desk.user.texts(), QStringList({NumberMessage}));
         pressSet(desk, text, "Choir");
@@ -169,20 +126,11 @@ private slots:
 
         QCOMPARE(desk.profile.log(), QStringList());
         QCOMPARE(desk.camera.pending(), QByteArray());
-        QCOMPARE(toolTips(desk), defaultNames());
+        QCOMPARE(toolTips(desk), defaultPresetNames());
         QCOMPARE(desk.find<QLineEdit>("presetEdit")->text(), text);
         QCOMPARE(desk.find<QLineEdit>("presetNameEdit")->text(), QString("Choir"));
         desk.program.reset();
-        QCOMPARE(QSettings(desk.profile.settingsFile(), QSettings::IniFormat).allKeys(),
-                 QStringList({"comport"}));
-    }
-
-    void aRejectedSetDoesNotReloadTheNames()
-    {
-        const Desk desk;
-        desk.settings()->setPresetName(1, "Desk");
-        pressSet(desk, "65", "Choir");
-        QCOMPARE(toolTips(desk), defaultNames());
+        QCOMPARE(QSettings(desk.profile.settingsFile(), QSettings::IniFormat).allKeys().size(), 2);
     }
 
     void setNamesThePresetOnceTheConfirmationIsDismissed()
@@ -199,115 +147,49 @@ private slots:
         pressSet(desk, "3", "Desk");
 
         QCOMPARE(desk.user.texts(), QStringList({confirmation(3)}));
-        QCOMPARE(frameWhileOpen, storeFrame(3));
+        QCOMPARE(frameWhileOpen, setPreset(3));
         QCOMPARE(nameWhileOpen, QString("Preset3"));
         QCOMPARE(toolTipWhileOpen, QString("Preset3"));
         QCOMPARE(desk.settings()->getPresetName(3), QString("Desk"));
-        QStringList names = defaultNames();
-        names[2] = "Desk";
-        QCOMPARE(toolTips(desk), names);
+        QCOMPARE(toolTips(desk), defaultNamesBut(3, "Desk"));
     }
 
-    void aNameIsTheToolTipAndNothingElse_data() { quickPresets(); }
-
-    void aNameIsTheToolTipAndNothingElse()
+    void setShowsAllNamesInTheToolTipsAndNowhereElse()
     {
-        QFETCH(int, preset);
         const Desk desk;
-        desk.settings()->setPresetName(preset, QString::fromUtf8("Chœur à gauche"));
-        desk.program->app.mainWin->loadPresetNames();
-
-        QStringList names = defaultNames();
-        names[preset - 1] = QString::fromUtf8("Chœur à gauche");
+        QStringList names;
+        for (int preset = 1; preset <= 9; ++preset) {
+            names.append(QString::fromUtf8("<b>Chœur</b> &amp; %1").arg(preset));
+            desk.settings()->setPresetName(preset, names.constLast());
+        }
+        pressSet(desk, "12", "Gallery");
         QCOMPARE(toolTips(desk), names);
-        QCOMPARE(accessibleName(presetButton(desk, preset)), QString("Preset %1").arg(preset));
-        QCOMPARE(presetButton(desk, preset)->text(), QString());
+        for (int preset = 1; preset <= 9; ++preset) {
+            QCOMPARE(accessibleName(presetButton(desk, preset)), QString("Preset %1").arg(preset));
+            QCOMPARE(presetButton(desk, preset)->text(), QString());
+        }
     }
 
-    void aNameWithMarkupIsTheToolTipAsItIsStored()
-    {
-        const QString name = "<h1>Altar</h1>  &amp; <b>Chor";
-        const Desk desk;
-        desk.settings()->setPresetName(4, name);
-        desk.program->app.mainWin->loadPresetNames();
-
-        QCOMPARE(presetButton(desk, 4)->toolTip(), name);
-    }
-
-    void anEmptyNameStoresTheDefaultName()
+    void anEmptyNameIsTheDefaultNameAndOneOfBlanksIsKept()
     {
         Desk desk;
-        pressSet(desk, "12", "");
-        QCOMPARE(desk.user.texts(), QStringList({confirmation(12)}));
-        QCOMPARE(toolTips(desk), defaultNames());
-
-        desk.program.reset();
-        QCOMPARE(storedNames(desk), QStringList({"Preset12"}));
-    }
-
-    void anEmptyNameTakesAnEarlierNameAway()
-    {
-        const Desk desk;
-        pressSet(desk, "5", "Desk");
-        QCOMPARE(presetButton(desk, 5)->toolTip(), QString("Desk"));
-        pressSet(desk, "5", "");
-        QCOMPARE(presetButton(desk, 5)->toolTip(), QString("Preset5"));
-        QCOMPARE(desk.settings()->getPresetName(5), QString("Preset5"));
-    }
-
-    void aNameOfBlanksIsKept()
-    {
-        const Desk desk;
-        pressSet(desk, "2", "  ");
-        QCOMPARE(desk.settings()->getPresetName(2), QString("  "));
-        QCOMPARE(presetButton(desk, 2)->toolTip(), QString("  "));
-    }
-
-    void namesAbove9AreStoredThoughNotShown()
-    {
-        const Desk desk;
-        pressSet(desk, "10", "Gallery");
-        QCOMPARE(desk.settings()->getPresetName(10), QString("Gallery"));
-        QCOMPARE(toolTips(desk), defaultNames());
-    }
-
-    void setReloadsAllNames()
-    {
-        const Desk desk;
-        desk.settings()->setPresetName(1, "Desk");
-        desk.settings()->setPresetName(9, "Door");
-        pressSet(desk, "12", "");
-        QStringList names = defaultNames();
-        names[0] = "Desk";
-        names[8] = "Door";
-        QCOMPARE(toolTips(desk), names);
-    }
-
-    void storedNamesShowAtTheConnection()
-    {
-        const PrivateProfile profile;
-        const CameraEnd camera;
-        profile.store("comport", camera.portName());
-        {
-            const Program first;
-            first.app.mainWin->savePresetName(6, "Organ");
+        for (const QString name : {"Desk", "", "  ", ""}) {
+            pressSet(desk, "5", name);
+            QCOMPARE(presetButton(desk, 5)->toolTip(), name.isEmpty() ? "Preset5" : name);
         }
-        const Program second;
-        QCOMPARE(second.find<QPushButton>("preset6Btn")->toolTip(), QString("Organ"));
+        desk.program.reset();
+        QCOMPARE(desk.profile.stored(desk.camera.portName() + "_5").toString(), QString("Preset5"));
     }
 
     void namesBelongToThePortSetting()
     {
         const Desk desk;
         pressSet(desk, "3", "Desk");
-        QStringList names = defaultNames();
-        names[2] = "Desk";
-
+        const QStringList names = defaultNamesBut(3, "Desk");
         desk.settings()->setCOMPort("AUTO");
         QCOMPARE(toolTips(desk), names);
         pressSet(desk, "4", "Altar");
-        QStringList otherNames = defaultNames();
-        otherNames[3] = "Altar";
+        const QStringList otherNames = defaultNamesBut(4, "Altar");
         QCOMPARE(toolTips(desk), otherNames);
 
         desk.settings()->setCOMPort(desk.camera.portName());
@@ -318,62 +200,18 @@ private slots:
         QCOMPARE(toolTips(desk), names);
     }
 
-    void withoutAPortSetStillConfirmsAndNames()
-    {
-        Desk desk;
-        desk.find<QPushButton>("connectBtn")->click();
-        pressSet(desk, "8", "Pulpit");
-        QCOMPARE(desk.user.texts(), QStringList({confirmation(8)}));
-        QCOMPARE(presetButton(desk, 8)->toolTip(), QString("Pulpit"));
-        QCOMPARE(desk.profile.log(), QStringList({"Set Preset8"}));
-        QCOMPARE(desk.camera.pending(), QByteArray());
-    }
-
-    void withoutAPortARecallIsLoggedOnly()
+    void withoutAPortRecallsAreLoggedAndSetStillNames()
     {
         Desk desk;
         desk.find<QPushButton>("connectBtn")->click();
         presetButton(desk, 1)->click();
         pressCall(desk, "64");
-        QCOMPARE(desk.profile.log(), QStringList({"Call Preset1", "Call Preset64"}));
+        QVERIFY(desk.user.boxes().isEmpty());
+        pressSet(desk, "8", "Pulpit");
+        QCOMPARE(desk.user.texts(), QStringList({confirmation(8)}));
+        QCOMPARE(presetButton(desk, 8)->toolTip(), QString("Pulpit"));
+        QCOMPARE(desk.profile.log(), QStringList({"Call Preset1", "Call Preset64", "Set Preset8"}));
         QCOMPARE(desk.camera.pending(), QByteArray());
-        QVERIFY(desk.user.boxes().isEmpty());
-    }
-
-    void theEnterKeyInAFieldPressesNothing()
-    {
-        const Desk desk;
-        desk.find<QLineEdit>("presetEdit")->setText("3");
-        const auto buttons = desk.program->app.mainWin->findChildren<QPushButton*>();
-        for (const char* field : {"presetEdit", "presetNameEdit"}) {
-            desk.find<QLineEdit>(field)->setFocus();
-            QTest::keyClick(desk.find<QLineEdit>(field), Qt::Key_Return);
-            for (const QPushButton* button : buttons)
-                QVERIFY2(!button->isDown(), qPrintable(button->objectName()));
-        }
-        QCOMPARE(desk.profile.log(), QStringList());
-        QVERIFY(desk.user.boxes().isEmpty());
-    }
-
-private:
-    static void quickPresets()
-    {
-        QTest::addColumn<int>("preset");
-        for (int preset = 1; preset <= 9; ++preset)
-            QTest::addRow("preset %d", preset) << preset;
-    }
-
-    // The preset names in the settings file.
-    static QStringList storedNames(const Desk& desk)
-    {
-        const QSettings file(desk.profile.settingsFile(), QSettings::IniFormat);
-        QStringList names;
-        const auto keys = file.allKeys();
-        for (const QString& key : keys) {
-            if (key.contains('_'))
-                names.append(file.value(key).toString());
-        }
-        return names;
     }
 };
 

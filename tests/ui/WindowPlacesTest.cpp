@@ -78,57 +78,53 @@ class WindowPlacesTest : public QObject
     Q_OBJECT
 
 private slots:
-    void theSettingsOpenBesideTheControllerWhereverItIs_data();
-    void theSettingsOpenBesideTheControllerWhereverItIs();
-    void withoutRoomAtTheRightTheSettingsOpenAtTheLeft();
-    void theSettingsStayWhereTheUserHasMovedThem();
-};
 
-void WindowPlacesTest::theSettingsOpenBesideTheControllerWhereverItIs_data()
-{
-    QTest::addColumn<QPoint>("place");
-    QTest::newRow("in the middle") << QPoint(480, 220);
-    QTest::newRow("at the left") << QPoint(60, 160);
-    QTest::newRow("just with room at the right") << Windows().lastPlaceWithRoomAtTheRight();
-}
-
-void WindowPlacesTest::theSettingsOpenBesideTheControllerWhereverItIs()
-{
-    QFETCH(QPoint, place);
-    Windows windows;
-    QVERIFY(move(windows.controller, place));
-    QVERIFY(windows.openSettings());
-    const QPoint beside(windows.controller->frameGeometry().width(), 0);
-    QTRY_COMPARE(placeOnScreen(windows.settings), placeOnScreen(windows.controller) + beside);
-}
-
-void WindowPlacesTest::withoutRoomAtTheRightTheSettingsOpenAtTheLeft()
-{
-    Windows windows;
-    QVERIFY(move(windows.controller, windows.lastPlaceWithRoomAtTheRight() + QPoint(1, 0)));
-    QVERIFY(windows.openSettings());
-    const QPoint beside(windows.settingsWidth(), 0);
-    QTRY_COMPARE(placeOnScreen(windows.settings), placeOnScreen(windows.controller) - beside);
-}
-
-void WindowPlacesTest::theSettingsStayWhereTheUserHasMovedThem()
-{
-    Windows windows;
-    QVERIFY(windows.openSettings());
-    QVERIFY(move(windows.settings, {40, 300}));
-    const QPoint place = placeOnScreen(windows.settings);
-
-    windows.desk.find<QPushButton>("settingsBtn")->click();
-    QCOMPARE(placeOnScreen(windows.settings), place);
-
-    // Twice, for a place that shifts by the frame shifts at each opening.
-    for (int opening = 0; opening < 2; ++opening) {
-        windows.settings->close();
-        QVERIFY(QTest::qWaitForWindowActive(windows.controller));
-        QVERIFY(windows.openSettings());
-        QTRY_COMPARE(placeOnScreen(windows.settings), place);
+    void theSettingsOpenBesideTheControllerWhereverItIs_data()
+    {
+        QTest::addColumn<QPoint>("place");
+        QTest::newRow("in the middle") << QPoint(480, 220);
+        QTest::newRow("at the left") << QPoint(60, 160);
+        QTest::newRow("just with room at the right") << Windows().lastPlaceWithRoomAtTheRight();
     }
-}
+
+    void theSettingsOpenBesideTheControllerWhereverItIs()
+    {
+        QFETCH(QPoint, place);
+        Windows windows;
+        QVERIFY(move(windows.controller, place));
+        QVERIFY(windows.openSettings());
+        const QPoint beside(windows.controller->frameGeometry().width(), 0);
+        QTRY_COMPARE(placeOnScreen(windows.settings), placeOnScreen(windows.controller) + beside);
+    }
+
+    void withoutRoomAtTheRightTheSettingsOpenAtTheLeft()
+    {
+        Windows windows;
+        QVERIFY(move(windows.controller, windows.lastPlaceWithRoomAtTheRight() + QPoint(1, 0)));
+        QVERIFY(windows.openSettings());
+        const QPoint beside(windows.settingsWidth(), 0);
+        QTRY_COMPARE(placeOnScreen(windows.settings), placeOnScreen(windows.controller) - beside);
+    }
+
+    void theSettingsStayWhereTheUserHasMovedThem()
+    {
+        Windows windows;
+        QVERIFY(windows.openSettings());
+        QVERIFY(move(windows.settings, {40, 300}));
+        const QPoint place = placeOnScreen(windows.settings);
+
+        windows.desk.find<QPushButton>("settingsBtn")->click();
+        QCOMPARE(placeOnScreen(windows.settings), place);
+
+        // Twice, for a place that shifts by the frame shifts at each opening.
+        for (int opening = 0; opening < 2; ++opening) {
+            windows.settings->close();
+            QVERIFY(QTest::qWaitForWindowActive(windows.controller));
+            QVERIFY(windows.openSettings());
+            QTRY_COMPARE(placeOnScreen(windows.settings), place);
+        }
+    }
+};
 
 QTEST_APPLESS_MAIN(WindowPlacesTest)
 
