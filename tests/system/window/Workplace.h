@@ -91,7 +91,7 @@ public:
     }
 
     /** Waits for the next frames that the camera receives. */
-    QByteArrayList received(int count)
+    QByteArrayList received(CameraEnd::Size count)
     {
         QByteArrayList frames;
         while (count-- > 0)
