@@ -548,7 +548,7 @@ private slots:
         // A name of this test's own: another program that tries the same port at the same moment locks it.
         place.profile.store("comport", place.port);
 
-        place.program.emplace(VANTREL_PATH);
+        place.program.emplace();
         readBox("box-no-camera", "No such file or directory");
         QVERIFY(!Window::isOnScreen(MainTitle));
         dismissBox();
