@@ -489,38 +489,34 @@ private slots:
         QCOMPARE(place.stored("comport"), place.port);
     }
 
-    void theFirstPressAfterEachChangeBetweenTheWindowsCounts()
+    void theFirstPressInAnotherWindowCounts_data()
     {
-        Workplace place;
-        const Window settings = place.openSettings();
-
-        for (int round = 0; round < 3; ++round) {
-            settings.click(place.settings->startUpPresetCheck);
-            QTRY_COMPARE(place.stored("isstartuppreset"), QString("true"));
-            holdUp(place);
-            settings.click(place.settings->startUpPresetCheck);
-            QTRY_COMPARE(place.stored("isstartuppreset"), QString("false"));
-            place.window->click(place.main.preset1Btn);
-            QCOMPARE(place.received(1), QByteArrayList{recallPreset(1)});
-        }
+        QTest::addColumn<bool>("comesFromAnotherProgram");
+        QTest::newRow("from the other window") << false;
+        QTest::newRow("from another program") << true;
     }
 
-    void theFirstPressAfterAnotherProgramCounts()
+    void theFirstPressInAnotherWindowCounts()
     {
+        QFETCH(bool, comesFromAnotherProgram);
         Workplace place;
         const Window settings = place.openSettings();
         const RunningProgram otherProgram(VANTREL_CAMERA_PATH, {"--view"});
         const Window other("Simulated camera");
+        const auto goElsewhere = [&] {
+            if (comesFromAnotherProgram)
+                other.activate();
+        };
 
-        for (int round = 0; round < 3; ++round) {
-            other.activate();
+        for (const char* choice : {"true", "false", "true"}) {
+            goElsewhere();
             holdUp(place);
-            other.activate();
+            goElsewhere();
+            settings.click(place.settings->startUpPresetCheck);
+            QTRY_COMPARE(place.stored("isstartuppreset"), QString(choice));
+            goElsewhere();
             place.window->click(place.main.preset1Btn);
             QCOMPARE(place.received(1), QByteArrayList{recallPreset(1)});
-            other.activate();
-            settings.click(place.settings->startUpPresetCheck);
-            QTRY_COMPARE(place.stored("isstartuppreset"), QString(round % 2 == 0 ? "true" : "false"));
         }
     }
 
