@@ -43,29 +43,30 @@ struct Key
 };
 
 // The modifiers are bits of the keymap.
-constexpr Key Keys[] = {{"shift", KEY_LEFTSHIFT, 1},
-                        {"alt", KEY_LEFTALT, 8},
-                        {"space", KEY_SPACE, 0},
-                        {"Tab", KEY_TAB, 0},
-                        {"Return", KEY_ENTER, 0},
-                        {"Escape", KEY_ESC, 0},
-                        {"Home", KEY_HOME, 0},
-                        {"End", KEY_END, 0},
-                        {"Prior", KEY_PAGEUP, 0},
-                        {"Next", KEY_PAGEDOWN, 0},
-                        {"Down", KEY_DOWN, 0},
-                        {"Right", KEY_RIGHT, 0},
-                        {"F4", KEY_F4, 0},
-                        {"1", KEY_1, 0},
-                        {"2", KEY_2, 0},
-                        {"4", KEY_4, 0},
-                        {"5", KEY_5, 0},
-                        {"6", KEY_6, 0},
-                        {"a", KEY_A, 0},
-                        {"d", KEY_D, 0},
-                        {"e", KEY_E, 0},
-                        {"k", KEY_K, 0},
-                        {"s", KEY_S, 0}};
+constexpr Key Keys[] = {
+    {"shift", KEY_LEFTSHIFT, 1},
+    {"alt", KEY_LEFTALT, 8},
+    {"space", KEY_SPACE, 0},
+    {"Tab", KEY_TAB, 0},
+    {"Return", KEY_ENTER, 0},
+    {"Escape", KEY_ESC, 0},
+    {"Home", KEY_HOME, 0},
+    {"End", KEY_END, 0},
+    {"Prior", KEY_PAGEUP, 0},
+    {"Next", KEY_PAGEDOWN, 0},
+    {"Down", KEY_DOWN, 0},
+    {"Right", KEY_RIGHT, 0},
+    {"F4", KEY_F4, 0},
+    {"1", KEY_1, 0},
+    {"2", KEY_2, 0},
+    {"5", KEY_5, 0},
+    {"6", KEY_6, 0},
+    {"a", KEY_A, 0},
+    {"d", KEY_D, 0},
+    {"e", KEY_E, 0},
+    {"k", KEY_K, 0},
+    {"s", KEY_S, 0},
+};
 
 // Ordinary keys; sway has the files that are named here.
 constexpr char Keymap[] = "xkb_keymap {\n"
