@@ -1,6 +1,7 @@
 #include "support/CameraEnd.h"
 #include "support/Frames.h"
 #include "support/PrivateProfile.h"
+#include "system/RunningProgram.h"
 
 #include <QDir>
 #include <QFile>
@@ -11,42 +12,20 @@
 
 namespace {
 
-// The built program as the user starts it.
-class ProgramProcess
+/**
+ * The built program as the user starts it. Qt reports every window that it draws; of size hints it warns
+ * where there is no screen.
+ */
+class Started : public RunningProgram
 {
 public:
-    explicit ProgramProcess(const QStringList& arguments = {}, const QString& executable = VANTREL_PATH)
+    explicit Started(const QStringList& arguments = {}, const QString& executable = VANTREL_PATH)
+        : RunningProgram(executable, arguments,
+                         {{"QT_FATAL_WARNINGS", "0"}, {"QT_LOGGING_RULES", "qt.widgets.painting=true"}})
     {
-        // Qt then reports every window that it draws.
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert("QT_LOGGING_RULES", "qt.widgets.painting=true");
-        process.setProcessEnvironment(environment);
-        process.setProcessChannelMode(QProcess::MergedChannels);
-        process.start(executable, arguments);
-        if (!process.waitForStarted())
-            qFatal("cannot start %s", qPrintable(executable));
-    }
-
-    ~ProgramProcess()
-    {
-        process.kill();
-        process.waitForFinished();
-    }
-
-    Q_DISABLE_COPY(ProgramProcess)
-
-    QString output()
-    {
-        text += QString::fromUtf8(process.readAll());
-        return text;
     }
 
     bool hasDrawn(const QString& window) { return output().contains(" of " + window + '('); }
-
-    QProcess process;
-
-private:
-    QString text;
 };
 
 QByteArray contentOf(const QString& path)
@@ -62,164 +41,142 @@ class ProgramTest : public QObject
     Q_OBJECT
 
 private slots:
-    void printsItsDataFolderOnce();
-    void dataFolderIsNamedAfterTheExecutable();
-    void connectsAndSendsTheStartUpPreset();
-    void logsRepliesWhileItRuns();
-    void showsOnlyItsWindowWhereTheCameraIsThere();
-    void showsOnlyABoxWhereTheCameraIsMissing();
-    void leavesAFreshAccountUntouched();
-    void endsOrderlyOnASignal_data();
-    void endsOrderlyOnASignal();
-    void endsOrderlyOnASignalWithABoxOpen();
-    void handsItsArgumentsToQt();
-    void takesNoArgumentsOfItsOwn();
+
+    void printsItsDataFolderOnce()
+    {
+        const PrivateProfile profile;
+        const CameraEnd camera;
+        profile.store("comport", camera.portName());
+        Started program;
+
+        const QString folder = '"' + QDir::toNativeSeparators(profile.folder() + '/') + '"';
+        QTRY_VERIFY(program.hasDrawn("AppMainWin"));
+        QCOMPARE(program.output().count(folder), 1);
+    }
+
+    void dataFolderIsNamedAfterTheExecutable()
+    {
+        const PrivateProfile profile;
+        const QTemporaryDir folder;
+        QVERIFY(QFile::copy(VANTREL_PATH, folder.filePath("Stage")));
+        Started program({}, folder.filePath("Stage"));
+
+        const QString expected = QFileInfo(profile.folder()).path() + "/Stage/";
+        QTRY_VERIFY2(program.output().contains('"' + QDir::toNativeSeparators(expected) + '"'),
+                     qPrintable(program.output()));
+        QTRY_VERIFY(program.hasDrawn("QMessageBox"));
+    }
+
+    void connectsAndSendsTheStartUpPreset()
+    {
+        const PrivateProfile profile;
+        CameraEnd camera;
+        profile.store("comport", camera.portName());
+        profile.store("isstartuppreset", true);
+        profile.store("startuppreset", 7);
+
+        const Started program;
+
+        QCOMPARE(camera.nextFrame(), recallPreset(7));
+        QCOMPARE(profile.log(), QStringList("Call Preset7"));
+    }
+
+    void logsRepliesWhileItRuns()
+    {
+        const PrivateProfile profile;
+        CameraEnd camera;
+        profile.store("comport", camera.portName());
+        profile.store("isstartuppreset", true);
+        const Started program;
+        camera.nextFrame();
+
+        camera.reply("90 41 ff");
+
+        QTRY_COMPARE(profile.log(), QStringList({"Call Preset1", "9041ff", "Analyze Buffer", "-90-41-ff-3"}));
+    }
+
+    void showsOnlyItsWindowWhereTheCameraIsThere()
+    {
+        const PrivateProfile profile;
+        const CameraEnd camera;
+        profile.store("comport", camera.portName());
+        Started program;
+
+        QTRY_VERIFY(program.hasDrawn("AppMainWin"));
+        QVERIFY(!program.hasDrawn("QMessageBox"));
+    }
+
+    void showsOnlyABoxWhereTheCameraIsMissing()
+    {
+        const PrivateProfile profile;
+        Started program;
+
+        QTRY_VERIFY(program.hasDrawn("QMessageBox"));
+        QVERIFY(!program.hasDrawn("AppMainWin"));
+    }
+
+    void leavesAFreshAccountUntouched()
+    {
+        const PrivateProfile profile;
+        Started program;
+
+        QTRY_VERIFY(program.hasDrawn("QMessageBox"));
+        QVERIFY(!QFile::exists(profile.folder()));
+    }
+
+    void endsOrderlyOnASignal_data()
+    {
+        QTest::addColumn<int>("number");
+        QTest::addColumn<QString>("window");
+        QTest::newRow("interrupt") << SIGINT << "AppMainWin";
+        QTest::newRow("terminate") << SIGTERM << "AppMainWin";
+        QTest::newRow("hang up") << SIGHUP << "AppMainWin";
+        QTest::newRow("with a box open") << SIGTERM << "QMessageBox";
+    }
+
+    void endsOrderlyOnASignal()
+    {
+        QFETCH(int, number);
+        QFETCH(QString, window);
+        const PrivateProfile profile;
+        const CameraEnd camera;
+        if (window == "AppMainWin")
+            profile.store("comport", camera.portName());
+        Started program;
+        QTRY_VERIFY(program.hasDrawn(window));
+        QVERIFY(program.id() > 0);
+
+        QCOMPARE(kill(static_cast<pid_t>(program.id()), number), 0);
+
+        QCOMPARE(program.troubleAtExit(), QString());
+    }
+
+    void handsItsArgumentsToQt()
+    {
+        const PrivateProfile profile;
+        QProcess program;
+        program.start(VANTREL_PATH, {"-platform", "nowhere"});
+
+        QVERIFY(program.waitForFinished());
+        QCOMPARE(program.exitStatus(), QProcess::CrashExit);
+        QVERIFY(program.readAllStandardError().contains("nowhere"));
+    }
+
+    void takesNoArgumentsOfItsOwn()
+    {
+        const PrivateProfile profile;
+        CameraEnd camera;
+        profile.store("comport", camera.portName());
+        profile.store("isstartuppreset", true);
+        profile.store("startuppreset", 7);
+        const QByteArray settings = contentOf(profile.settingsFile());
+
+        const Started program({"--help", "--preset=3", "COM9", "-v"});
+
+        QCOMPARE(camera.nextFrame(), recallPreset(7));
+        QCOMPARE(contentOf(profile.settingsFile()), settings);
+    }
 };
-
-void ProgramTest::printsItsDataFolderOnce()
-{
-    const PrivateProfile profile;
-    const CameraEnd camera;
-    profile.store("comport", camera.portName());
-    ProgramProcess program;
-
-    const QString folder = '"' + QDir::toNativeSeparators(profile.folder() + '/') + '"';
-    QTRY_VERIFY(program.hasDrawn("AppMainWin"));
-    QCOMPARE(program.output().count(folder), 1);
-}
-
-void ProgramTest::dataFolderIsNamedAfterTheExecutable()
-{
-    const PrivateProfile profile;
-    const QTemporaryDir folder;
-    QVERIFY(QFile::copy(VANTREL_PATH, folder.filePath("Stage")));
-    ProgramProcess program({}, folder.filePath("Stage"));
-
-    const QString expected = QFileInfo(profile.folder()).path() + "/Stage/";
-    QTRY_VERIFY2(program.output().contains('"' + QDir::toNativeSeparators(expected) + '"'),
-                 qPrintable(program.output()));
-}
-
-void ProgramTest::connectsAndSendsTheStartUpPreset()
-{
-    const PrivateProfile profile;
-    CameraEnd camera;
-    profile.store("comport", camera.portName());
-    profile.store("isstartuppreset", true);
-    profile.store("startuppreset", 7);
-
-    const ProgramProcess program;
-
-    QCOMPARE(camera.nextFrame(), recallPreset(7));
-    QCOMPARE(profile.log(), QStringList("Call Preset7"));
-}
-
-void ProgramTest::logsRepliesWhileItRuns()
-{
-    const PrivateProfile profile;
-    CameraEnd camera;
-    profile.store("comport", camera.portName());
-    profile.store("isstartuppreset", true);
-    const ProgramProcess program;
-    camera.nextFrame();
-
-    camera.reply("90 41 ff");
-
-    QTRY_COMPARE(profile.log(), QStringList({"Call Preset1", "9041ff", "Analyze Buffer", "-90-41-ff-3"}));
-}
-
-void ProgramTest::showsOnlyItsWindowWhereTheCameraIsThere()
-{
-    const PrivateProfile profile;
-    const CameraEnd camera;
-    profile.store("comport", camera.portName());
-    ProgramProcess program;
-
-    QTRY_VERIFY(program.hasDrawn("AppMainWin"));
-    QVERIFY(!program.hasDrawn("QMessageBox"));
-}
-
-void ProgramTest::showsOnlyABoxWhereTheCameraIsMissing()
-{
-    const PrivateProfile profile;
-    ProgramProcess program;
-
-    QTRY_VERIFY(program.hasDrawn("QMessageBox"));
-    QVERIFY(!program.hasDrawn("AppMainWin"));
-    QCOMPARE(program.process.state(), QProcess::Running);
-}
-
-void ProgramTest::leavesAFreshAccountUntouched()
-{
-    const PrivateProfile profile;
-    ProgramProcess program;
-
-    QTRY_VERIFY(program.hasDrawn("QMessageBox"));
-    QVERIFY(!QFile::exists(profile.folder()));
-}
-
-void ProgramTest::endsOrderlyOnASignal_data()
-{
-    QTest::addColumn<int>("number");
-    QTest::newRow("interrupt") << SIGINT;
-    QTest::newRow("terminate") << SIGTERM;
-    QTest::newRow("hang up") << SIGHUP;
-}
-
-void ProgramTest::endsOrderlyOnASignal()
-{
-    QFETCH(int, number);
-    const PrivateProfile profile;
-    const CameraEnd camera;
-    profile.store("comport", camera.portName());
-    ProgramProcess program;
-    QTRY_VERIFY(program.hasDrawn("AppMainWin"));
-
-    QCOMPARE(kill(static_cast<pid_t>(program.process.processId()), number), 0);
-
-    QVERIFY(program.process.waitForFinished());
-    QCOMPARE(program.process.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(program.process.exitCode(), 0);
-}
-
-void ProgramTest::endsOrderlyOnASignalWithABoxOpen()
-{
-    const PrivateProfile profile;
-    ProgramProcess program;
-    QTRY_VERIFY(program.hasDrawn("QMessageBox"));
-
-    program.process.terminate();
-
-    QVERIFY(program.process.waitForFinished());
-    QCOMPARE(program.process.exitStatus(), QProcess::NormalExit);
-    QCOMPARE(program.process.exitCode(), 0);
-}
-
-void ProgramTest::handsItsArgumentsToQt()
-{
-    const PrivateProfile profile;
-    ProgramProcess program({"-platform", "nowhere"});
-
-    QVERIFY(program.process.waitForFinished());
-    QCOMPARE(program.process.exitStatus(), QProcess::CrashExit);
-    QVERIFY(program.output().contains("nowhere"));
-}
-
-void ProgramTest::takesNoArgumentsOfItsOwn()
-{
-    const PrivateProfile profile;
-    CameraEnd camera;
-    profile.store("comport", camera.portName());
-    profile.store("isstartuppreset", true);
-    profile.store("startuppreset", 7);
-    const QByteArray settings = contentOf(profile.settingsFile());
-
-    const ProgramProcess program({"--help", "--preset=3", "COM9", "-v"});
-
-    QCOMPARE(camera.nextFrame(), recallPreset(7));
-    QCOMPARE(program.process.state(), QProcess::Running);
-    QCOMPARE(contentOf(profile.settingsFile()), settings);
-}
 
 QTEST_GUILESS_MAIN(ProgramTest)
 

@@ -15,16 +15,11 @@ constexpr char SessionConnection[] = "session";
 constexpr char BusConnection[] = "accessibility";
 
 constexpr char RegistryService[] = "org.a11y.atspi.Registry";
-constexpr char AccessibleInterface[] = "org.a11y.atspi.Accessible";
 constexpr char ActionInterface[] = "org.a11y.atspi.Action";
 constexpr char EventInterface[] = "org.a11y.atspi.Event.Object";
 
 // A busy machine takes its time to start a program.
 constexpr int PatienceMs = 10000;
-
-// Numbers of AT-SPI.
-constexpr int Checked = 4;
-constexpr int Enabled = 8;
 
 struct Action
 {
@@ -83,27 +78,6 @@ const QDBusArgument& operator>>(const QDBusArgument& argument, AccessibleObject&
     return argument;
 }
 
-AccessibleObject::AccessibleObject(const QString& programsService, const QDBusObjectPath& objectPath)
-    : service(programsService)
-    , path(objectPath)
-{
-}
-
-QString AccessibleObject::role() const
-{
-    return call(AccessibleInterface, "GetRoleName").toString();
-}
-
-QString AccessibleObject::name() const
-{
-    return property("Name").toString();
-}
-
-QString AccessibleObject::description() const
-{
-    return property("Description").toString();
-}
-
 QStringList AccessibleObject::actions() const
 {
     QStringList names;
@@ -113,20 +87,10 @@ QStringList AccessibleObject::actions() const
     return names;
 }
 
-bool AccessibleObject::isChecked() const
-{
-    return hasState(Checked);
-}
-
-bool AccessibleObject::isEnabled() const
-{
-    return hasState(Enabled);
-}
-
 QVector<AccessibleObject> AccessibleObject::controls() const
 {
     QVector<AccessibleObject> found;
-    const auto parts = elementsOf<AccessibleObject>(call(AccessibleInterface, "GetChildren"));
+    const auto parts = elementsOf<AccessibleObject>(call(Interface, "GetChildren"));
     for (const AccessibleObject& part : parts) {
         if (!part.name().isEmpty() || !part.actions().isEmpty())
             found.append(part);
@@ -171,15 +135,13 @@ void AccessibleObject::enter(const QString& text) const
 
 bool AccessibleObject::hasState(int state) const
 {
-    const auto words = elementsOf<unsigned>(call(AccessibleInterface, "GetState"));
+    const auto words = elementsOf<unsigned>(call(Interface, "GetState"));
     return (words.value(0) & (1U << state)) != 0;
 }
 
 QVariant AccessibleObject::property(const QString& name) const
 {
-    return call("org.freedesktop.DBus.Properties", "Get", {AccessibleInterface, name})
-        .value<QDBusVariant>()
-        .variant();
+    return call("org.freedesktop.DBus.Properties", "Get", {Interface, name}).value<QDBusVariant>().variant();
 }
 
 QVariant AccessibleObject::call(const QString& interface, const QString& method,

@@ -19,19 +19,25 @@ public:
     /** Nothing: what a search that failed the test gives. */
     AccessibleObject() = default;
 
-    AccessibleObject(const QString& programsService, const QDBusObjectPath& objectPath);
+    AccessibleObject(const QString& programsService, const QDBusObjectPath& objectPath)
+        : service(programsService)
+        , path(objectPath)
+    {
+    }
 
     /** The role as AT-SPI spells it, e.g. "push button". */
-    QString role() const;
+    QString role() const { return call(Interface, "GetRoleName").toString(); }
 
-    QString name() const;
-    QString description() const;
+    QString name() const { return property("Name").toString(); }
+
+    QString description() const { return property("Description").toString(); }
 
     /** The names of its actions, e.g. "Press". */
     QStringList actions() const;
 
-    bool isChecked() const;
-    bool isEnabled() const;
+    bool isChecked() const { return hasState(Checked); }
+
+    bool isEnabled() const { return hasState(Enabled); }
 
     /** All inside that has a name or an action, in a screen reader's order; not the choices of a list. */
     QVector<AccessibleObject> controls() const;
@@ -51,6 +57,11 @@ public:
     }
 
 private:
+    static constexpr char Interface[] = "org.a11y.atspi.Accessible";
+    // Numbers of AT-SPI.
+    static constexpr int Checked = 4;
+    static constexpr int Enabled = 8;
+
     bool hasState(int state) const;
     QVariant property(const QString& name) const;
     QVariant call(const QString& interface, const QString& method, const QVariantList& arguments = {}) const;

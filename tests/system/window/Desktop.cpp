@@ -1,19 +1,10 @@
 #include "system/window/Desktop.h"
 
-#include "system/window/WaylandDesktop.h"
-#include "system/window/X11Desktop.h"
-
 #include <QProcess>
-
-#include <memory>
 
 Desktop& desktop()
 {
-    static const auto own = []() -> std::unique_ptr<Desktop> {
-        if (qgetenv("QT_QPA_PLATFORM") == "wayland")
-            return std::make_unique<WaylandDesktop>();
-        return std::make_unique<X11Desktop>();
-    }();
+    static const auto own = qgetenv("QT_QPA_PLATFORM") == "wayland" ? waylandDesktop() : x11Desktop();
     return *own;
 }
 

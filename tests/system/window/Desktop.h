@@ -7,6 +7,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <memory>
+
 /**
  * The display that the program is shown on, with the mouse and the keyboard in front of it: what a person
  * sees and does, on X11 and on Wayland. A window is known by an identifier.
@@ -72,6 +74,12 @@ public:
 
 /** The display of this process: that on which the platform in QT_QPA_PLATFORM shows the program. */
 Desktop& desktop();
+
+/** An X server with a window manager. */
+std::unique_ptr<Desktop> x11Desktop();
+
+/** The compositor sway. */
+std::unique_ptr<Desktop> waylandDesktop();
 
 /** What a tool of the display prints, its errors included; ends the test if it cannot be run. */
 QByteArray outputOf(const QString& tool, const QStringList& arguments);

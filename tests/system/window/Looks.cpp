@@ -31,7 +31,6 @@ constexpr char Readme[] = SOURCE_DIR "/tests/system/screenshots/README.md";
 constexpr QRgb Grey = 0xff808080;
 constexpr QRgb LightGrey = 0xffc9c9c9;
 constexpr QRgb AlmostBlack = 0xff474747;
-constexpr QRgb White = 0xffffffff;
 
 // In the order of an image's frames.
 constexpr const char* States[] = {"at rest", "under the pointer", "pressed"};
@@ -52,7 +51,8 @@ QByteArray readmeOf(const QString& system)
 {
     return QString("The windows as tests/system/renew-screenshots has stored them, with\n\n"
                    "    %1\n\n"
-                   "and the font of `tests/system/window/fonts.conf`. They are compared there, and nowhere else.\n")
+                   "and the font of `tests/system/window/fonts.conf`. They are compared there, and nowhere "
+                   "else.\n")
         .arg(system)
         .toUtf8();
 }
@@ -206,17 +206,4 @@ QString stateShown(const Window& window, const QWidget* control)
         return shownFrame(seen, image);
     const QPoint besideTheText(6, seen.height() / 2);
     return shownColour(seen.pixel(besideTheText));
-}
-
-bool hasFocusRing(const Window& window, const QWidget* control)
-{
-    const QImage seen = window.picture();
-    const QRect around = seenArea(window, control).adjusted(-1, -1, 1, 1);
-    const QPoint middle = around.center();
-    const QPoint places[] = {{middle.x(), around.top()},
-                             {middle.x(), around.bottom()},
-                             {around.left(), middle.y()},
-                             {around.right(), middle.y()}};
-    return std::all_of(std::begin(places), std::end(places),
-                       [&seen](const QPoint& place) { return seen.pixel(place) == White; });
 }

@@ -35,6 +35,3 @@ QString whyPicturesAreLeftOut();
  * @param control the widget of the window's copy
  */
 QString stateShown(const Window& window, const QWidget* control);
-
-/** Whether the control is ringed, as that which has the keyboard; of the window's copy, too. */
-bool hasFocusRing(const Window& window, const QWidget* control);

@@ -1,14 +1,17 @@
-#include "system/window/WaylandDesktop.h"
+#include "system/window/Desktop.h"
 
 #include "virtual-keyboard-client-protocol.h"
 #include "virtual-pointer-client-protocol.h"
 
 #include <QDeadlineTimer>
+#include <QFile>
 #include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRect>
 #include <QRegularExpression>
+#include <QSet>
 #include <QTemporaryFile>
 #include <QVector>
 
@@ -56,7 +59,6 @@ constexpr Key Keys[] = {
     {"F4", KEY_F4, 0},
     {"1", KEY_1, 0},
     {"2", KEY_2, 0},
-    {"4", KEY_4, 0},
     {"5", KEY_5, 0},
     {"6", KEY_6, 0},
     {"a", KEY_A, 0},
@@ -149,246 +151,261 @@ QString numberOf(const QString& argument)
     return number.match(argument).captured();
 }
 
+/**
+ * The compositor sway. It lists its windows, grim takes the pictures, and the mouse and the keyboard are
+ * virtual ones that this process plugs in. Menus and tooltips are in no list: what sway tells the program of
+ * them is in its protocol log.
+ */
+class WaylandDesktop : public Desktop
+{
+public:
+    WaylandDesktop()
+        : display(wl_display_connect(nullptr))
+        , protocol(QFileInfo(qEnvironmentVariable("WAYLAND_DISPLAY")).path() + "/protocol.log")
+    {
+        if (!display)
+            qFatal("there is no Wayland display; tests/support/on-wayland makes one");
+        if (!protocol.open(QFile::ReadOnly))
+            qFatal("there is no %s", qPrintable(protocol.fileName()));
+        plugInMouseAndKeyboard();
+    }
+
+    ~WaylandDesktop() override { wl_display_disconnect(display); }
+    Q_DISABLE_COPY(WaylandDesktop)
+
+    QString findWindow(const QString& title) override
+    {
+        const auto all = windows();
+        for (const SwayWindow& window : all) {
+            if (window.isVisible && window.title == title)
+                return window.id;
+        }
+        return {};
+    }
+
+    QString findPopup() override
+    {
+        readProtocol();
+        return popup.isDrawn ? PopupPrefix + popup.id : QString();
+    }
+
+    bool isOnScreen(const QString& window) override
+    {
+        if (window == findPopup())
+            return true;
+        const auto all = windows();
+        return std::any_of(all.begin(), all.end(),
+                           [&window](const SwayWindow& one) { return one.isVisible && one.id == window; });
+    }
+
+    QSize sizeOf(const QString& window) override { return areaOf(window).size(); }
+
+    QImage pictureOf(const QString& window) override
+    {
+        const QRect area = areaOf(window);
+        const QString geometry =
+            QString("%1,%2 %3x%4").arg(area.x()).arg(area.y()).arg(area.width()).arg(area.height());
+        return QImage::fromData(outputOf("grim", {"-t", "ppm", "-g", geometry, "-"}), "PPM");
+    }
+
+    void activate(const QString& window) override { outputOf("swaymsg", {"[con_id=" + window + "] focus"}); }
+
+    // sway knows no minimising; its scratchpad takes a window off the screen in the same way.
+    void minimise(const QString& window) override
+    {
+        outputOf("swaymsg", {"[con_id=" + window + "] move scratchpad"});
+    }
+
+    void pointAt(const QPoint& place, const QString& window) override
+    {
+        const QPoint onScreen = window.isEmpty() ? place : areaOf(window).topLeft() + place;
+        // As a hand moves it, the pointer comes from somewhere beside: Qt does not look at where it enters a
+        // window.
+        moveMouse(onScreen - QPoint(1, 0));
+        moveMouse(onScreen);
+    }
+
+    void pressMouse(Qt::MouseButton button) override { setMouse(button, true); }
+
+    void releaseMouse(Qt::MouseButton button) override { setMouse(button, false); }
+
+    void clickMouse() override
+    {
+        setMouse(Qt::LeftButton, true);
+        setMouse(Qt::LeftButton, false);
+    }
+
+    void pressKeys(const QStringList& keys) override
+    {
+        for (const QString& combination : keys) {
+            QStringList together = combination.split('+');
+            for (const QString& key : together)
+                holdKey(key);
+            std::reverse(together.begin(), together.end());
+            for (const QString& key : together)
+                releaseKey(key);
+        }
+    }
+
+    void holdKey(const QString& key) override { setKey(key, true); }
+
+    void releaseKey(const QString& key) override { setKey(key, false); }
+
+    void changeKeys(const QString& from, const QString& to) override
+    {
+        releaseKey(from);
+        holdKey(to);
+    }
+
+private:
+    void plugInMouseAndKeyboard()
+    {
+        Globals globals;
+        wl_registry* registry = wl_display_get_registry(display);
+        wl_registry_add_listener(registry, &RegistryListener, &globals);
+        waitForSway();
+        if (!globals.seat || !globals.mice || !globals.keyboards)
+            qFatal("this compositor has no virtual mouse or keyboard");
+
+        mouse = zwlr_virtual_pointer_manager_v1_create_virtual_pointer(globals.mice, globals.seat);
+        keyboard = zwp_virtual_keyboard_manager_v1_create_virtual_keyboard(globals.keyboards, globals.seat);
+
+        QTemporaryFile keymap;
+        if (!keymap.open() || keymap.write(Keymap, sizeof Keymap) != sizeof Keymap || !keymap.flush())
+            qFatal("cannot write %s", qPrintable(keymap.fileName()));
+        zwp_virtual_keyboard_v1_keymap(keyboard, WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1, keymap.handle(),
+                                       sizeof Keymap);
+        waitForSway();
+    }
+
+    // Until it has done everything that it was asked for.
+    void waitForSway()
+    {
+        if (wl_display_roundtrip(display) < 0)
+            qFatal("sway has gone");
+    }
+
+    // On the screen.
+    QRect areaOf(const QString& window) const
+    {
+        const bool isPopup = window.startsWith(PopupPrefix);
+        const auto all = windows();
+        for (const SwayWindow& one : all) {
+            if (isPopup && one.isActive)
+                return popup.areaInWindow.translated(one.area.topLeft());
+            if (one.id == window)
+                return one.area;
+        }
+        return {};
+    }
+
+    void moveMouse(const QPoint& placeOnScreen)
+    {
+        zwlr_virtual_pointer_v1_motion_absolute(
+            mouse, milliseconds(), static_cast<uint>(placeOnScreen.x()), static_cast<uint>(placeOnScreen.y()),
+            static_cast<uint>(ScreenSize.width()), static_cast<uint>(ScreenSize.height()));
+        zwlr_virtual_pointer_v1_frame(mouse);
+        waitForSway();
+    }
+
+    // Whether that is a change: a real button does not go up twice.
+    bool remember(uint code, bool isHeld)
+    {
+        const bool wasHeld = held.contains(code);
+        if (isHeld)
+            held.insert(code);
+        else
+            held.remove(code);
+        return isHeld != wasHeld;
+    }
+
+    void setMouse(Qt::MouseButton button, bool isHeld)
+    {
+        const uint code = button == Qt::LeftButton ? BTN_LEFT : BTN_RIGHT;
+        if (!remember(code, isHeld))
+            return;
+        zwlr_virtual_pointer_v1_button(mouse, milliseconds(), code,
+                                       isHeld ? WL_POINTER_BUTTON_STATE_PRESSED
+                                              : WL_POINTER_BUTTON_STATE_RELEASED);
+        zwlr_virtual_pointer_v1_frame(mouse);
+        waitForSway();
+    }
+
+    void setKey(const QString& name, bool isHeld)
+    {
+        const Key& key = keyNamed(name);
+        if (!remember(key.code, isHeld))
+            return;
+        zwp_virtual_keyboard_v1_key(keyboard, milliseconds(), key.code,
+                                    isHeld ? WL_KEYBOARD_KEY_STATE_PRESSED : WL_KEYBOARD_KEY_STATE_RELEASED);
+        if (key.modifier != 0) {
+            heldModifiers ^= key.modifier;
+            zwp_virtual_keyboard_v1_modifiers(keyboard, heldModifiers, 0, 0, 0);
+        }
+        waitForSway();
+    }
+
+    void readProtocol()
+    {
+        for (;;) {
+            const qint64 begin = protocol.pos();
+            const QByteArray line = protocol.readLine();
+            if (!line.endsWith('\n')) {
+                protocol.seek(begin);
+                return;
+            }
+            follow(QString::fromLocal8Bit(line));
+        }
+    }
+
+    // Follows the newest popup from the surface that is made for it to its end; a program that starts has
+    // none.
+    void follow(const QString& line)
+    {
+        // E.g. "[2365959.457]  -> xdg_popup@45.configure(128, 0, 111, 192)"; newer ones write xdg_popup#45.
+        static const QRegularExpression form("(\\w+)[@#](\\d+)\\.(\\w+)\\((.*)\\)");
+        const QRegularExpressionMatch found = form.match(line);
+        const QString message = found.captured(1) + '.' + found.captured(3);
+        const QString id = found.captured(2);
+        const QStringList arguments = found.captured(4).split(", ");
+
+        const bool isProgramStart = message == "wl_registry.bind" && arguments.value(1) == "\"xdg_wm_base\"";
+        const bool isEnd = message == "xdg_popup.destroy" && id == popup.id;
+        if (isProgramStart || isEnd)
+            popup = {};
+        else if (message == "xdg_wm_base.get_xdg_surface")
+            newestSurface = numberOf(arguments.value(1));
+        else if (message == "xdg_surface.get_popup")
+            popup = {numberOf(arguments.value(0)), newestSurface, {}, false};
+        else if (message == "xdg_popup.configure" && id == popup.id)
+            popup.areaInWindow = {arguments.value(0).toInt(), arguments.value(1).toInt(),
+                                  arguments.value(2).toInt(), arguments.value(3).toInt()};
+        else if (message == "wl_surface.attach" && id == popup.surface)
+            popup.isDrawn = true;
+    }
+
+    wl_display* display;
+    zwlr_virtual_pointer_v1* mouse = nullptr;
+    zwp_virtual_keyboard_v1* keyboard = nullptr;
+    QSet<uint> held;
+    uint heldModifiers = 0;
+
+    struct Popup
+    {
+        QString id;
+        QString surface;
+        QRect areaInWindow;
+        bool isDrawn = false;
+    };
+
+    QFile protocol;
+    QString newestSurface;
+    Popup popup;
+};
+
 } // namespace
 
-WaylandDesktop::WaylandDesktop()
-    : display(wl_display_connect(nullptr))
-    , protocol(QFileInfo(qEnvironmentVariable("WAYLAND_DISPLAY")).path() + "/protocol.log")
+std::unique_ptr<Desktop> waylandDesktop()
 {
-    if (!display)
-        qFatal("there is no Wayland display; tests/support/on-wayland makes one");
-    if (!protocol.open(QFile::ReadOnly))
-        qFatal("there is no %s", qPrintable(protocol.fileName()));
-    plugInMouseAndKeyboard();
-}
-
-WaylandDesktop::~WaylandDesktop()
-{
-    wl_display_disconnect(display);
-}
-
-void WaylandDesktop::plugInMouseAndKeyboard()
-{
-    Globals globals;
-    wl_registry* registry = wl_display_get_registry(display);
-    wl_registry_add_listener(registry, &RegistryListener, &globals);
-    waitForSway();
-    if (!globals.seat || !globals.mice || !globals.keyboards)
-        qFatal("this compositor has no virtual mouse or keyboard");
-
-    mouse = zwlr_virtual_pointer_manager_v1_create_virtual_pointer(globals.mice, globals.seat);
-    keyboard = zwp_virtual_keyboard_manager_v1_create_virtual_keyboard(globals.keyboards, globals.seat);
-
-    QTemporaryFile keymap;
-    if (!keymap.open() || keymap.write(Keymap, sizeof Keymap) != sizeof Keymap || !keymap.flush())
-        qFatal("cannot write %s", qPrintable(keymap.fileName()));
-    zwp_virtual_keyboard_v1_keymap(keyboard, WL_KEYBOARD_KEYMAP_FORMAT_XKB_V1, keymap.handle(),
-                                   sizeof Keymap);
-    waitForSway();
-}
-
-// Until it has done everything that it was asked for.
-void WaylandDesktop::waitForSway()
-{
-    if (wl_display_roundtrip(display) < 0)
-        qFatal("sway has gone");
-}
-
-QString WaylandDesktop::findWindow(const QString& title)
-{
-    const auto all = windows();
-    for (const SwayWindow& window : all) {
-        if (window.isVisible && window.title == title)
-            return window.id;
-    }
-    return {};
-}
-
-QString WaylandDesktop::findPopup()
-{
-    readProtocol();
-    return popup.isDrawn ? PopupPrefix + popup.id : QString();
-}
-
-bool WaylandDesktop::isOnScreen(const QString& window)
-{
-    if (window == findPopup())
-        return true;
-    const auto all = windows();
-    return std::any_of(all.begin(), all.end(),
-                       [&window](const SwayWindow& one) { return one.isVisible && one.id == window; });
-}
-
-QSize WaylandDesktop::sizeOf(const QString& window)
-{
-    return areaOf(window).size();
-}
-
-// On the screen.
-QRect WaylandDesktop::areaOf(const QString& window) const
-{
-    const bool isPopup = window.startsWith(PopupPrefix);
-    const auto all = windows();
-    for (const SwayWindow& one : all) {
-        if (isPopup && one.isActive)
-            return popup.areaInWindow.translated(one.area.topLeft());
-        if (one.id == window)
-            return one.area;
-    }
-    return {};
-}
-
-QImage WaylandDesktop::pictureOf(const QString& window)
-{
-    const QRect area = areaOf(window);
-    const QString geometry =
-        QString("%1,%2 %3x%4").arg(area.x()).arg(area.y()).arg(area.width()).arg(area.height());
-    return QImage::fromData(outputOf("grim", {"-t", "ppm", "-g", geometry, "-"}), "PPM");
-}
-
-void WaylandDesktop::activate(const QString& window)
-{
-    outputOf("swaymsg", {"[con_id=" + window + "] focus"});
-}
-
-void WaylandDesktop::minimise(const QString& window)
-{
-    outputOf("swaymsg", {"[con_id=" + window + "] move scratchpad"});
-}
-
-void WaylandDesktop::pointAt(const QPoint& place, const QString& window)
-{
-    const QPoint onScreen = window.isEmpty() ? place : areaOf(window).topLeft() + place;
-    // As a hand moves it, the pointer comes from somewhere beside: Qt does not look at where it enters a
-    // window.
-    moveMouse(onScreen - QPoint(1, 0));
-    moveMouse(onScreen);
-}
-
-void WaylandDesktop::moveMouse(const QPoint& placeOnScreen)
-{
-    zwlr_virtual_pointer_v1_motion_absolute(
-        mouse, milliseconds(), static_cast<uint>(placeOnScreen.x()), static_cast<uint>(placeOnScreen.y()),
-        static_cast<uint>(ScreenSize.width()), static_cast<uint>(ScreenSize.height()));
-    zwlr_virtual_pointer_v1_frame(mouse);
-    waitForSway();
-}
-
-void WaylandDesktop::pressMouse(Qt::MouseButton button)
-{
-    setMouse(button, true);
-}
-
-void WaylandDesktop::releaseMouse(Qt::MouseButton button)
-{
-    setMouse(button, false);
-}
-
-void WaylandDesktop::clickMouse()
-{
-    setMouse(Qt::LeftButton, true);
-    setMouse(Qt::LeftButton, false);
-}
-
-// Whether that is a change: a real button does not go up twice.
-bool WaylandDesktop::remember(uint code, bool isHeld)
-{
-    const bool wasHeld = held.contains(code);
-    if (isHeld)
-        held.insert(code);
-    else
-        held.remove(code);
-    return isHeld != wasHeld;
-}
-
-void WaylandDesktop::setMouse(Qt::MouseButton button, bool isHeld)
-{
-    const uint code = button == Qt::LeftButton ? BTN_LEFT : BTN_RIGHT;
-    if (!remember(code, isHeld))
-        return;
-    zwlr_virtual_pointer_v1_button(mouse, milliseconds(), code,
-                                   isHeld ? WL_POINTER_BUTTON_STATE_PRESSED
-                                          : WL_POINTER_BUTTON_STATE_RELEASED);
-    zwlr_virtual_pointer_v1_frame(mouse);
-    waitForSway();
-}
-
-void WaylandDesktop::pressKeys(const QStringList& keys)
-{
-    for (const QString& combination : keys) {
-        QStringList together = combination.split('+');
-        for (const QString& key : together)
-            holdKey(key);
-        std::reverse(together.begin(), together.end());
-        for (const QString& key : together)
-            releaseKey(key);
-    }
-}
-
-void WaylandDesktop::holdKey(const QString& key)
-{
-    setKey(key, true);
-}
-
-void WaylandDesktop::releaseKey(const QString& key)
-{
-    setKey(key, false);
-}
-
-void WaylandDesktop::changeKeys(const QString& from, const QString& to)
-{
-    releaseKey(from);
-    holdKey(to);
-}
-
-void WaylandDesktop::setKey(const QString& name, bool isHeld)
-{
-    const Key& key = keyNamed(name);
-    if (!remember(key.code, isHeld))
-        return;
-    zwp_virtual_keyboard_v1_key(keyboard, milliseconds(), key.code,
-                                isHeld ? WL_KEYBOARD_KEY_STATE_PRESSED : WL_KEYBOARD_KEY_STATE_RELEASED);
-    if (key.modifier != 0) {
-        heldModifiers ^= key.modifier;
-        zwp_virtual_keyboard_v1_modifiers(keyboard, heldModifiers, 0, 0, 0);
-    }
-    waitForSway();
-}
-
-void WaylandDesktop::readProtocol()
-{
-    for (;;) {
-        const qint64 begin = protocol.pos();
-        const QByteArray line = protocol.readLine();
-        if (!line.endsWith('\n')) {
-            protocol.seek(begin);
-            return;
-        }
-        follow(QString::fromLocal8Bit(line));
-    }
-}
-
-// Follows the newest popup from the surface that is made for it to its end; a program that starts has none.
-void WaylandDesktop::follow(const QString& line)
-{
-    // E.g. "[2365959.457]  -> xdg_popup@45.configure(128, 0, 111, 192)"; newer ones write xdg_popup#45.
-    static const QRegularExpression form("(\\w+)[@#](\\d+)\\.(\\w+)\\((.*)\\)");
-    const QRegularExpressionMatch found = form.match(line);
-    const QString message = found.captured(1) + '.' + found.captured(3);
-    const QString id = found.captured(2);
-    const QStringList arguments = found.captured(4).split(", ");
-
-    const bool isProgramStart = message == "wl_registry.bind" && arguments.value(1) == "\"xdg_wm_base\"";
-    const bool isEnd = message == "xdg_popup.destroy" && id == popup.id;
-    if (isProgramStart || isEnd)
-        popup = {};
-    else if (message == "xdg_wm_base.get_xdg_surface")
-        newestSurface = numberOf(arguments.value(1));
-    else if (message == "xdg_surface.get_popup")
-        popup = {numberOf(arguments.value(0)), newestSurface, {}, false};
-    else if (message == "xdg_popup.configure" && id == popup.id)
-        popup.areaInWindow = {arguments.value(0).toInt(), arguments.value(1).toInt(),
-                              arguments.value(2).toInt(), arguments.value(3).toInt()};
-    else if (message == "wl_surface.attach" && id == popup.surface)
-        popup.isDrawn = true;
+    return std::make_unique<WaylandDesktop>();
 }

@@ -99,15 +99,10 @@ void Window::pointAt(const QWidget* control) const
     pointAt(spotOf(control));
 }
 
-void Window::press(const QPoint& place) const
-{
-    pointAt(place);
-    desktop().pressMouse();
-}
-
 void Window::press(const QWidget* control) const
 {
-    press(spotOf(control));
+    pointAt(control);
+    desktop().pressMouse();
 }
 
 void Window::click(const QPoint& place) const

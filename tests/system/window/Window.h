@@ -44,7 +44,6 @@ public:
     void pointAt(const QWidget* control) const;
 
     /** Points there and holds the left mouse button down. */
-    void press(const QPoint& place) const;
     void press(const QWidget* control) const;
 
     /** Presses and releases the left mouse button there. */

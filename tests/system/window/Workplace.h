@@ -4,9 +4,9 @@
 #include "support/CameraEnd.h"
 #include "support/Form.h"
 #include "support/PrivateProfile.h"
+#include "system/RunningProgram.h"
 #include "system/window/Copies.h"
 #include "system/window/Desktop.h"
-#include "system/window/RunningProgram.h"
 #include "system/window/Window.h"
 
 #include <QByteArrayList>
@@ -45,7 +45,7 @@ public:
 
     void start()
     {
-        program.emplace(VANTREL_PATH);
+        program.emplace();
         findWindow();
     }
 
@@ -91,7 +91,7 @@ public:
     }
 
     /** Waits for the next frames that the camera receives. */
-    QByteArrayList received(int count)
+    QByteArrayList received(CameraEnd::Size count)
     {
         QByteArrayList frames;
         while (count-- > 0)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMap>
 #include <QProcess>
 
 /**
@@ -9,7 +10,11 @@
 class RunningProgram
 {
 public:
-    explicit RunningProgram(const QString& path, const QStringList& arguments = {});
+    using Variables = QMap<QString, QString>;
+
+    /** @param environment what it has besides the environment of this process */
+    explicit RunningProgram(const QString& path = VANTREL_PATH, const QStringList& arguments = {},
+                            const Variables& environment = {});
 
     /** Ends the program if it still runs; the test fails if the program does not end with success. */
     ~RunningProgram();
@@ -22,9 +27,15 @@ public:
      */
     QString troubleAtExit();
 
+    qint64 id() const { return process.processId(); }
+
+    /** What it has said so far. */
+    QString output();
+
     /** Whether the running program has this file or device open. */
     bool hasOpen(const QString& path) const;
 
 private:
     QProcess process;
+    QString said;
 };

@@ -1,4 +1,4 @@
-#include "system/window/RunningProgram.h"
+#include "system/RunningProgram.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -7,14 +7,17 @@
 
 #include <algorithm>
 
-RunningProgram::RunningProgram(const QString& path, const QStringList& arguments)
+RunningProgram::RunningProgram(const QString& path, const QStringList& arguments,
+                               const Variables& environment)
 {
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("DBUS_SESSION_BUS_ADDRESS", "disabled:");
-    environment.insert("QT_FATAL_WARNINGS", "1");
+    QProcessEnvironment all = QProcessEnvironment::systemEnvironment();
+    all.insert("DBUS_SESSION_BUS_ADDRESS", "disabled:");
+    all.insert("QT_FATAL_WARNINGS", "1");
     // Qt asks Wayland to activate windows, and warns that it cannot.
-    environment.insert("QT_LOGGING_RULES", "qt.qpa.wayland.warning=false");
-    process.setProcessEnvironment(environment);
+    all.insert("QT_LOGGING_RULES", "qt.qpa.wayland.warning=false");
+    for (auto variable = environment.begin(); variable != environment.end(); ++variable)
+        all.insert(variable.key(), variable.value());
+    process.setProcessEnvironment(all);
     process.setProcessChannelMode(QProcess::MergedChannels);
     process.start(path, QStringList({"-style", "fusion"}) + arguments);
 }
@@ -33,7 +36,13 @@ QString RunningProgram::troubleAtExit()
         return "the program still runs";
     if (process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0)
         return {};
-    return QString("exit code %1: %2").arg(process.exitCode()).arg(QString::fromLocal8Bit(process.readAll()));
+    return QString("exit code %1: %2").arg(process.exitCode()).arg(output());
+}
+
+QString RunningProgram::output()
+{
+    said += QString::fromLocal8Bit(process.readAll());
+    return said;
 }
 
 bool RunningProgram::hasOpen(const QString& path) const
