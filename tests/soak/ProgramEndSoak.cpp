@@ -59,7 +59,8 @@ private slots:
             process.start(VANTREL_PATH, QStringList());
             const Window window(MainWindowTitle);
             window.activate();
-            window.press(up);
+            window.pointAt(up);
+            desktop().pressMouse();
             QCOMPARE(camera.nextFrame(), QByteArray(Up));
 
             QCOMPARE(kill(static_cast<pid_t>(process.processId()), number), 0);
