@@ -65,12 +65,18 @@ void press(State& state, PseudoTerminal& line, const QSerialPort& port, int byte
     }
 }
 
-/** Measures `operation`, which writes one frame to the line. */
-template <class Operation> void command(State& state, PseudoTerminal& line, Operation operation)
+/** Measures `operation`, which writes one frame to the line, and the turn of the event loop in which `port`
+ * may still have to do so. */
+template <class Operation>
+void command(State& state, PseudoTerminal& line, const QSerialPort& port, Operation operation)
 {
     for ([[maybe_unused]] auto _ : state) {
-        for (int i = 0; i < CommandsPerBatch; ++i)
+        for (int i = 0; i < CommandsPerBatch; ++i) {
             operation();
+            do
+                QCoreApplication::processEvents();
+            while (port.bytesToWrite() > 0);
+        }
         state.PauseTiming();
         take(line, CommandsPerBatch * FrameSize);
         state.ResumeTiming();
@@ -189,16 +195,10 @@ int main(int argc, char** argv)
         press(state, bareLine, bare.port, 0, clicks(bareButton, QEvent::MouseButtonPress),
               clicks(bareButton, QEvent::MouseButtonRelease));
     });
-    measureCommand("command/program", [&](State& state) {
-        command(state, camera, [&] {
-            link->moveUp();
-            // The event loop writes the frame.
-            while (port->bytesToWrite() > 0)
-                QCoreApplication::processEvents();
-        });
-    });
+    measureCommand("command/program",
+                   [&](State& state) { command(state, camera, *port, [&] { link->moveUp(); }); });
     measureCommand("command/floor", [&](State& state) {
-        command(state, plainLine, [&] {
+        command(state, plainLine, *port, [&] {
             writePlainLogLine(plainLogPath, "MoveUp\n");
             static_cast<void>(!write(plainPort, MoveUpFrame, FrameSize));
         });
