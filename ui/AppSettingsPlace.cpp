@@ -14,7 +14,7 @@ bool AppSettingsPlace::eventFilter(QObject* watched, QEvent* event)
 {
     auto* settings = static_cast<QDialog*>(watched);
     const QWidget* controller = settings->parentWidget();
-    if (event->type() != QEvent::Show || !controller->isVisible())
+    if (event->type() != QEvent::Show)
         return QObject::eventFilter(watched, event);
 
     settings->removeEventFilter(this);

@@ -342,6 +342,16 @@ private slots:
         QVERIFY(!returnedWhileOpen);
     }
 
+    void anEmptyMessageIsShownLikeAnyOther()
+    {
+        Desk desk;
+        desk.program->app.showMessage("");
+        QCOMPARE(desk.user.boxes().size(), 1);
+        QCOMPARE(desk.user.boxes().constFirst().title, "Vantrel");
+        QCOMPARE(desk.user.boxes().constFirst().text, "");
+        QCOMPARE(desk.user.boxes().constFirst().buttons.size(), 1);
+    }
+
     void repliesAreLoggedWhileAMessageIsOpen()
     {
         Desk desk;

@@ -52,6 +52,10 @@ bool isBlank(const QImage& image)
 
 } // namespace
 
+// Named after the collection.
+extern int qInitResources_vantrel();
+extern int qCleanupResources_vantrel();
+
 Q_DECLARE_METATYPE(Asset)
 
 /** The images that are compiled into the program. They need no application object, so there is none here. */
@@ -60,6 +64,14 @@ class AssetsTest : public QObject
     Q_OBJECT
 
 private slots:
+
+    void theCollectionIsNamedVantrel()
+    {
+        QCOMPARE(qCleanupResources_vantrel(), 1);
+        QVERIFY(!QFile::exists(path(Logo)));
+        QCOMPARE(qInitResources_vantrel(), 1);
+        QVERIFY(QFile::exists(path(Logo)));
+    }
 
     void theCollectionHoldsTheseImagesAndNothingElse()
     {

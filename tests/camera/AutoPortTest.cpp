@@ -77,6 +77,8 @@ private slots:
         QFETCH(DeviceIds, plugged);
         QFETCH(int, taken);
         AutoDesk computer;
+        QCOMPARE(listedPorts(), QStringList());
+        QCOMPARE(computer.desk.link()->getCOMPortWhenAuto(), "COM1");
         computer.bus.addPciPort("ttyS4", WchPciCard);
         computer.bus.addBuiltInPort("ttyS0");
         std::vector<CameraEnd> cameras(std::size_t(plugged.size()));

@@ -39,7 +39,7 @@ class CommandFramesTest : public QObject
 
 private slots:
 
-    void aCommandIsLoggedAndThenWrittenIfTheLineIsOpen_data()
+    void aCommandIsLoggedAndIsWrittenIfTheLineIsOpen_data()
     {
         QTest::addColumn<Command>("command");
         QTest::addColumn<QByteArray>("frame");
@@ -51,13 +51,12 @@ private slots:
         row("MoveLeft", &AppVantrelSerial::moveLeft, "81 01 06 01 12 0e 01 03 ff");
         row("MoveRight", &AppVantrelSerial::moveRight, "81 01 06 01 12 0e 02 03 ff");
         row("MoveStop", &AppVantrelSerial::moveStop, "81 01 06 01 12 0e 03 03 ff");
-        row("Home", &AppVantrelSerial::moveHome, Home);
         row("ZoomIn", &AppVantrelSerial::zoomIn, ZoomIn);
         row("ZoomOut", &AppVantrelSerial::zoomOut, ZoomOut);
         row("ZoomStop", &AppVantrelSerial::zoomStop, ZoomStop);
     }
 
-    void aCommandIsLoggedAndThenWrittenIfTheLineIsOpen()
+    void aCommandIsLoggedAndIsWrittenIfTheLineIsOpen()
     {
         QFETCH(Command, command);
         QFETCH(QByteArray, frame);
@@ -154,6 +153,14 @@ private slots:
                      "81 01 04 3f 02 " + presetByte + " ff 81 01 04 3f 01 " + presetByte + " ff");
         QCOMPARE(desk.profile.log(), QStringList({"Call Preset" + number, "Set Preset" + number}));
         QCOMPARE(desk.user.texts(), QStringList("Preset No" + number + " is set."));
+    }
+
+    void homeIsLoggedAndItsFrameWritten()
+    {
+        Desk desk;
+        desk.link()->moveHome();
+        QCOMPARE(desk.profile.log(), QStringList("Home"));
+        QCOMPARE(desk.camera.nextFrame(), Home);
     }
 
     void presetsOfAClosedLineAreLoggedAndConfirmedOnly()

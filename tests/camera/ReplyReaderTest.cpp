@@ -148,14 +148,18 @@ private slots:
     {
         QFETCH(int, length);
         Desk desk;
+        const LinkSignals heard(desk.link());
 
         sendChunk(desk, reply(length));
+        QCOMPARE(desk.profile.log().size(), length <= LongestReply ? 3 : 1);
         sendChunk(desk, "\x90\x51\xFF");
 
         const QStringList found = analyses(desk.profile);
         QCOMPARE(found.mid(0, found.size() - 1),
                  length <= LongestReply ? QStringList(analysisOf(reply(length))) : QStringList());
         QCOMPARE(found.value(found.size() - 1), "-90-51-ff-3");
+        QCOMPARE(heard.names(), "");
+        QCOMPARE(desk.user.texts(), QStringList());
     }
 
     void startByteThatOverflowsAReplyStartsNone()
@@ -194,7 +198,7 @@ private slots:
         desk.link()->openSerialPort();
         newCamera.reply("ff 90 51 ff");
 
-        QTRY_COMPARE(analyses(desk.profile), QStringList("-90-51-ff-3"));
+        QTRY_COMPARE(desk.profile.log(), QStringList({"9041", "ff9051ff", "Analyze Buffer", "-90-51-ff-3"}));
     }
 
     void repliesChangeNothingInTheProgram()

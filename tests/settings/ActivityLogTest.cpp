@@ -60,6 +60,11 @@ private slots:
             store.store.reset();
             store.store.emplace();
         }
+
+        // No file stays open: a log that is deleted begins anew.
+        QVERIFY(QFile::remove(store.profile.logFile()));
+        store->log("new");
+        QCOMPARE(contentOf(store.profile.logFile()), "new\n");
     }
 
     void linesAreLostUntilTheFolderOfTheSettingsExists()

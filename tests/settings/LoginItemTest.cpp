@@ -1,5 +1,6 @@
 #include "support/StoreAlone.h"
 
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QProcess>
@@ -153,27 +154,38 @@ private slots:
         }
     }
 
+    void theChoiceIsStoredBeforeOsascriptRunsAndTheCallReturnsAfterIt_data()
+    {
+        QTest::addColumn<bool>("enabled");
+        QTest::newRow("on") << true;
+        QTest::newRow("off") << false;
+    }
+
     void theChoiceIsStoredBeforeOsascriptRunsAndTheCallReturnsAfterIt()
     {
+        QFETCH(bool, enabled);
         StoreAlone store;
+        store.profile.store("runonstartup", !enabled);
+        store.store.emplace();
         store.profile.holdOsascript();
         std::atomic<bool> returned = false;
         bool returnedEarly = true;
-        bool storedWhileRunning = false;
+        bool storedWhileRunning = !enabled;
         std::thread observer([&] {
-            while (store.profile.osascriptRuns().isEmpty())
+            const QDeadlineTimer patience(5000);
+            while (store.profile.osascriptRuns().isEmpty() && !patience.hasExpired())
                 QThread::msleep(1);
             returnedEarly = returned;
             storedWhileRunning = store->getRunOnStartUp();
             store.profile.setOsascriptExitCode(0);
         });
 
-        store->setRunOnStartUp(true);
+        store->setRunOnStartUp(enabled);
         returned = true;
         observer.join();
 
         QVERIFY(!returnedEarly);
-        QVERIFY(storedWhileRunning);
+        QCOMPARE(storedWhileRunning, enabled);
     }
 
 #ifdef Q_OS_LINUX

@@ -181,9 +181,10 @@ private slots:
     {
         StoreAlone store;
 
-        for (const Setting& setting : numbers())
-            setting.get(*store.store);
-        store->getPresetName(1);
+        for (const auto& settings : {numbers(), choices(), texts()}) {
+            for (const Setting& setting : settings)
+                setting.get(*store.store);
+        }
         store.store.reset();
 
         QVERIFY(!QFile::exists(store.profile.folder()));

@@ -48,7 +48,8 @@ public:
     // All that the camera tells about itself, and how far it can go.
     QList<QByteArray> state()
     {
-        QList<QByteArray> answers{ask(QByteArray::fromHex("81 01 06 04 ff"), 10s)};
+        QList<QByteArray> answers{ask(QByteArray::fromHex("81 09 06 12 ff"))};
+        answers += ask(QByteArray::fromHex("81 01 06 04 ff"), 10s);
         for (const ViscaCamera::KnownFrame& known : ViscaCamera::knownFrames()) {
             const int blocks = !known.name.endsWith("inquiry") ? 0 : known.frame.contains('p') ? 4 : 1;
             for (int block = 0; block < blocks; ++block)
@@ -59,6 +60,7 @@ public:
             answers += ask(QByteArray::fromHex("81 09 06 12 ff"));
         }
         ask(QByteArray::fromHex("81 01 06 01 18 14 03 03 ff"));
+        ask(QByteArray::fromHex("81 01 06 04 ff"), 10s);
         return answers;
     }
 
@@ -119,6 +121,9 @@ private slots:
         for (const QFileInfo& file : files)
             QCOMPARE(dialogues[file.completeBaseName()].read(file.filePath()), QString());
         QVERIFY(!dialogues.isEmpty());
+        // The other options are not tried here.
+        for (const Dialogue& dialogue : std::as_const(dialogues))
+            QVERIFY(dialogue.cameraOptions.isEmpty() || dialogue.cameraOptions == QStringList("--strict"));
     }
 
     void theCameraAnswersAsInTheDialogue_data()

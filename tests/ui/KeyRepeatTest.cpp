@@ -1,5 +1,6 @@
 #include "support/Desk.h"
 #include "support/PaintCounter.h"
+#include "ui/AppKeyRepeat.h"
 
 #include <QKeyEvent>
 #include <QPushButton>
@@ -123,6 +124,31 @@ private slots:
         QTRY_VERIFY(drawings.count > 0);
     }
 
+    void aMotionThatTheWindowHasEndedIsNotBegunAgainByRepeats()
+    {
+        Desk desk;
+        auto* button = desk.find<QPushButton>("upBtn");
+        press(button, 100);
+        QEvent left(QEvent::WindowDeactivate);
+        QApplication::sendEvent(button, &left);
+
+        repeat(button, 700);
+        repeat(button, 740);
+        QCOMPARE(desk.profile.log(), QStringList({"MoveUp", "MoveStop"}));
+    }
+
+    void aReleaseWaitsFor25MillisecondsAtMost()
+    {
+        Desk desk;
+        auto* button = desk.find<QPushButton>("upBtn");
+        press(button, 100);
+        release(button, 200);
+
+        const auto* wait = desk.program->app.mainWin->findChild<AppKeyRepeat*>()->findChild<QTimer*>();
+        QVERIFY(wait->isActive());
+        QCOMPARE(wait->interval(), 25);
+    }
+
     void aReleasedPresetIsRecalledWhateverComesAtOnce_data()
     {
         QTest::addColumn<Next>("next");
@@ -135,6 +161,11 @@ private slots:
         QTest::newRow("another button")
             << Next([](Desk& desk) { QTest::mousePress(desk.find<QPushButton>("leftBtn"), Qt::LeftButton); })
             << QStringList({"Call Preset2", "MoveLeft"});
+        QTest::newRow("Space again") << Next([](Desk& desk) {
+            press(desk.find<QWidget>("preset2Btn"), 210);
+            release(desk.find<QWidget>("preset2Btn"), 220);
+            desk.program.reset();
+        }) << QStringList({"Call Preset2", "Call Preset2"});
         QTest::newRow("the end") << Next([](Desk& desk) { desk.program.reset(); })
                                  << QStringList("Call Preset2");
     }

@@ -102,6 +102,22 @@ QWidget* windowOf(const Desk& desk, const QByteArray& name)
     return name == "AppMainWin" ? desk.program->app.mainWin : desk.find<QWidget>(name.constData());
 }
 
+/** Why a widget got the focus, each time that it did. */
+class FocusReasons : public QObject
+{
+public:
+    explicit FocusReasons(QWidget* widget) { widget->installEventFilter(this); }
+
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        if (event->type() == QEvent::FocusIn)
+            reasons.append(static_cast<QFocusEvent*>(event)->reason());
+        return false;
+    }
+
+    QVector<Qt::FocusReason> reasons;
+};
+
 } // namespace
 
 /** Whoever works without a mouse sees where the keyboard is, and nothing acts unasked. */
@@ -264,6 +280,30 @@ private slots:
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
 
         QCOMPARE(field->selectedText(), QString("12"));
+    }
+
+    void anEmptyFieldThatTabReachesSelectsNothing_data()
+    {
+        QTest::addColumn<QByteArray>("name");
+        QTest::addColumn<Qt::FocusReason>("reason");
+        for (const char* field : {"presetEdit", "presetNameEdit"}) {
+            QTest::addRow("%s, Tab", field) << QByteArray(field) << Qt::TabFocusReason;
+            QTest::addRow("%s, Shift+Tab", field) << QByteArray(field) << Qt::BacktabFocusReason;
+        }
+    }
+
+    // A screen reader stays silent where the selection comes before the focus.
+    void anEmptyFieldThatTabReachesSelectsNothing()
+    {
+        QFETCH(QByteArray, name);
+        QFETCH(Qt::FocusReason, reason);
+        Desk desk;
+        auto* field = desk.find<QLineEdit>(name.constData());
+        const FocusReasons seen(field);
+
+        field->setFocus(reason);
+        QVERIFY(field->hasFocus());
+        QCOMPARE(seen.reasons, QVector<Qt::FocusReason>({reason, Qt::OtherFocusReason}));
     }
 
     void aPressOfTheMousePutsTheCursorIntoAnEmptyField_data()

@@ -1,13 +1,16 @@
 #include "support/Desk.h"
 #include "support/Form.h"
 #include "support/Frames.h"
+#include "support/HeldPointer.h"
 
 #include "ui_AppMainWin.h"
 
 #include <QAction>
+#include <QComboBox>
 #include <QDialog>
 #include <QFocusFrame>
 #include <QLabel>
+#include <QLineEdit>
 #include <QMainWindow>
 #include <QPushButton>
 #include <QSerialPort>
@@ -88,24 +91,26 @@ private:
 FirstShow* FirstShow::current = nullptr;
 
 /** Hears of every change of a tooltip. */
-class ToolTipWatcher : public QObject
+class EventWatcher : public QObject
 {
 public:
-    explicit ToolTipWatcher(std::function<void(QObject*)> onChange)
-        : seeChange(std::move(onChange))
+    EventWatcher(QEvent::Type seenType, std::function<void(QObject*)> onEvent)
+        : type(seenType)
+        , see(std::move(onEvent))
     {
         QCoreApplication::instance()->installEventFilter(this);
     }
 
     bool eventFilter(QObject* watched, QEvent* event) override
     {
-        if (event->type() == QEvent::ToolTipChange)
-            seeChange(watched);
+        if (event->type() == type)
+            see(watched);
         return false;
     }
 
 private:
-    std::function<void(QObject*)> seeChange;
+    QEvent::Type type;
+    std::function<void(QObject*)> see;
 };
 
 } // namespace
@@ -305,7 +310,16 @@ private slots:
         desk.find<QPushButton>("connectBtn")->click();
         desk.find<QPushButton>("connectBtn")->click();
         QCOMPARE(desk.camera.nextFrame(), recallPreset(64));
-        QCOMPARE(desk.profile.log(), QStringList({"Call Preset64", "Call Preset64"}));
+
+        desk.find<QComboBox>("startUpPresetCombo")->setCurrentText("PRESET33");
+        desk.find<QPushButton>("connectBtn")->click();
+        desk.find<QPushButton>("connectBtn")->click();
+        QCOMPARE(desk.camera.nextFrame(), recallPreset(33));
+
+        desk.find<QAbstractButton>("startUpPresetCheck")->click();
+        desk.find<QPushButton>("connectBtn")->click();
+        desk.find<QPushButton>("connectBtn")->click();
+        QCOMPARE(desk.profile.log(), QStringList({"Call Preset64", "Call Preset64", "Call Preset33"}));
     }
 
     void aConnectionRecallsThenShowsTheStatusThenTheNames()
@@ -315,7 +329,7 @@ private slots:
         const auto earlierRecalls = desk.profile.log().size();
 
         QStringList named;
-        const ToolTipWatcher toolTips([&](const QObject* changed) {
+        const EventWatcher toolTips(QEvent::ToolTipChange, [&](const QObject* changed) {
             QCOMPARE(shown(desk.program->app.mainWin), connected(desk.camera.portName()));
             QCOMPARE(desk.profile.log().size(), earlierRecalls + 1);
             named.append(changed->objectName());
@@ -364,6 +378,15 @@ private slots:
         QVERIFY(allEnabled());
     }
 
+    void theStatusIsAtTheRightAsWideAsItsText()
+    {
+        const Desk desk;
+        QWidget* window = desk.program->app.mainWin;
+        window->resize(window->width() + 200, window->height());
+        QTRY_VERIFY(statusLabel(window)->x() > 200);
+        QCOMPARE(statusLabel(window)->width(), statusLabel(window)->sizeHint().width());
+    }
+
     void theStatusStaysWhateverElseTheBarShows()
     {
         const Desk desk;
@@ -408,10 +431,33 @@ private slots:
         desk.program->app.mainWin->activateWindow();
         QTRY_VERIFY(desk.program->app.mainWin->isActiveWindow());
 
+        const EventWatcher raised(QEvent::ZOrderChange,
+                                  [&](const QObject* window) { QVERIFY(window != dialog); });
         desk.find<QPushButton>("settingsBtn")->click();
         QCoreApplication::processEvents();
         QVERIFY(desk.program->app.mainWin->isActiveWindow());
         QVERIFY(dialog->isVisible());
+    }
+
+    void aPressThatIsDraggedOffDoesNothing()
+    {
+        const Desk desk;
+        desk.find<QLineEdit>("presetEdit")->setText("3");
+        QStringList names{"settingsBtn", "connectBtn", "callBtn", "setBtn"};
+        for (int preset = 1; preset <= 9; ++preset)
+            names.append(QString("preset%1Btn").arg(preset));
+
+        for (const QString& name : names) {
+            auto* button = desk.find<QPushButton>(qPrintable(name));
+            QTest::mousePress(button, Qt::LeftButton);
+            moveHeldPointer(button, {-20, -20});
+            QTest::mouseRelease(button, Qt::LeftButton, Qt::NoModifier, {-20, -20});
+        }
+
+        QVERIFY(desk.find<QDialog>("AppSettingWin")->isHidden());
+        QVERIFY(desk.link()->isConnected());
+        QCOMPARE(desk.profile.log(), QStringList());
+        QVERIFY(desk.user.boxes().isEmpty());
     }
 
     void theShowSettingsActionDoesNothing()

@@ -613,6 +613,8 @@ private slots:
             desktop().releaseMouse();
             QTRY_COMPARE(stateShown(*place.window, button), QString("at rest"));
         }
+        QVERIFY(place.isPortOpen());
+        QVERIFY(place.log().filter("Preset").isEmpty());
     }
 
     void everySliderShowsThePointerAndThatItIsPressed()

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <QApplication>
+#include <QMouseEvent>
+#include <QWidget>
+
+/** Moves the mouse with its left button held; the button that was pressed gets the move, wherever it leads.
+ */
+inline void moveHeldPointer(QWidget* widget, const QPoint& position)
+{
+    QMouseEvent move(QEvent::MouseMove, position, widget->mapToGlobal(position), Qt::NoButton, Qt::LeftButton,
+                     Qt::NoModifier);
+    QApplication::sendEvent(widget, &move);
+}
