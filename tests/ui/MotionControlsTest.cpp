@@ -207,6 +207,18 @@ private slots:
         QCOMPARE(log(desk), QString(control.log));
     }
 
+    // Qt's button goes up in silence when the mouse is let go outside.
+    void twoHandsOnOneButtonStopTheCameraBothTimes()
+    {
+        Desk desk;
+        auto* button = desk.find<QAbstractButton>("upBtn");
+        press(button);
+        moveHeldPointer(button, {-20, -20});
+        pressSpace(button);
+        QTest::mouseRelease(button, Qt::LeftButton, Qt::NoModifier, {-20, -20});
+        QTRY_COMPARE(log(desk), QString("MoveUp MoveStop MoveUp MoveStop"));
+    }
+
     void aButtonThatLosesTheFocusEndsItsOwnMotionOnly()
     {
         Desk desk;
