@@ -141,7 +141,8 @@ struct Sheet
         // Curves become polygons of a fineness that even the tele end does not show.
         constexpr double fineness = 600;
         std::vector<std::vector<QVector3D>> outlines;
-        for (const QPolygonF& polygon : path.toSubpathPolygons(QTransform::fromScale(fineness, fineness))) {
+        const auto polygons = path.toSubpathPolygons(QTransform::fromScale(fineness, fineness));
+        for (const QPolygonF& polygon : polygons) {
             std::vector<QVector3D>& corners = outlines.emplace_back();
             // The last corner of a closed outline is its first.
             for (int index = 1; index < polygon.size(); ++index) {

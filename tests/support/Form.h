@@ -58,36 +58,29 @@ struct FormText
     const char* text;
 };
 
+constexpr int NoLimit = 16777215;
+
 /** A button of the main window that shows a frame of an image instead of a text. */
 struct ImageButton
 {
     const char* name;
     const char* image;
-    int maximumWidth;
     const char* toolTip;
+    int maximumWidth = NoLimit;
     int height = 60;
 };
 
-constexpr int NoLimit = 16777215;
 constexpr ImageButton ImageButtons[] = {
-    {"upBtn", "up.png", 60, "Move Up"},
-    {"leftBtn", "left.png", NoLimit, "Move Left"},
-    {"homeBtn", "home.png", NoLimit, "Move Home"},
-    {"rightBtn", "right.png", NoLimit, "Move Right"},
-    {"zoomInBtn", "zoomin.png", NoLimit, "Zoom In"},
-    {"downBtn", "down.png", NoLimit, "Move Down"},
-    {"zoomOutBtn", "zoomout.png", NoLimit, "Zoom Out"},
-    {"preset1Btn", "preset1.png", NoLimit, "Preset1"},
-    {"preset2Btn", "preset2.png", NoLimit, "Preset2"},
-    {"preset3Btn", "preset3.png", NoLimit, "Preset3"},
-    {"preset4Btn", "preset4.png", NoLimit, "Preset4"},
-    {"preset5Btn", "preset5.png", NoLimit, "Preset5"},
-    {"preset6Btn", "preset6.png", NoLimit, "Preset6"},
-    {"preset7Btn", "preset7.png", NoLimit, "Preset7"},
-    {"preset8Btn", "preset8.png", NoLimit, "Preset8"},
-    {"preset9Btn", "preset9.png", NoLimit, "Preset9"},
+    {"upBtn", "up.png", "Move Up", 60},        {"leftBtn", "left.png", "Move Left"},
+    {"homeBtn", "home.png", "Move Home"},      {"rightBtn", "right.png", "Move Right"},
+    {"zoomInBtn", "zoomin.png", "Zoom In"},    {"downBtn", "down.png", "Move Down"},
+    {"zoomOutBtn", "zoomout.png", "Zoom Out"}, {"preset1Btn", "preset1.png", "Preset1"},
+    {"preset2Btn", "preset2.png", "Preset2"},  {"preset3Btn", "preset3.png", "Preset3"},
+    {"preset4Btn", "preset4.png", "Preset4"},  {"preset5Btn", "preset5.png", "Preset5"},
+    {"preset6Btn", "preset6.png", "Preset6"},  {"preset7Btn", "preset7.png", "Preset7"},
+    {"preset8Btn", "preset8.png", "Preset8"},  {"preset9Btn", "preset9.png", "Preset9"},
 };
-constexpr ImageButton SettingsButton{"settingsBtn", "setting.PNG", 30, "Settings", 30};
+constexpr ImageButton SettingsButton{"settingsBtn", "setting.PNG", "Settings", 30, 30};
 
 /** Makes a foreign language of every text in one context: "Connect" becomes "<Connect>". */
 class BracketTranslator : public QTranslator

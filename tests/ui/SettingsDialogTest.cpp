@@ -390,8 +390,9 @@ private slots:
         QVariantMap expected = storedSettings(desk);
         auto* combo = desk.find<QComboBox>("baudRateCombo");
         QStringList texts;
+        int index = 0;
         for (const char* baudRate : {"1200", "2400", "4800", "9600", "19200", "38400", "57600", "115200"}) {
-            combo->setCurrentIndex(texts.size());
+            combo->setCurrentIndex(index++);
             texts.append(QString("Baud") + baudRate);
             expected.insert("baudrate", baudRate);
             QCOMPARE(storedSettings(desk), expected);
