@@ -234,7 +234,7 @@ private slots:
             for (const int tilt : {-30, 0, 30, 90}) {
                 const QImage picture = hallFrom({1.0 * pan, 1.0 * tilt, 0});
                 const auto* const first = reinterpret_cast<const QRgb*>(picture.constBits());
-                const auto* const last = first + picture.width() * picture.height();
+                const auto* const last = first + std::ptrdiff_t(picture.width()) * picture.height();
                 QVERIFY2(std::count(first, last, QColor(Qt::magenta).rgb()) == 0,
                          qPrintable(QString("pan %1, tilt %2").arg(pan).arg(tilt)));
             }

@@ -367,7 +367,8 @@ private:
     {
         desk.camera.pending();
         bool haveAll = true;
-        for (const QString& command : std::exchange(commands, {})) {
+        const QStringList given = std::exchange(commands, {});
+        for (const QString& command : given) {
             const Frame frame = frameOf(command);
             const QByteArray arrived = desk.camera.take(frame.bytes);
             haveAll = haveAll && arrived.startsWith(frame.begin) && arrived.endsWith(frame.end);

@@ -199,7 +199,7 @@ private slots:
         const auto expected = looks();
         auto widgets = form.ui.centralWidget->findChildren<QWidget*>(QString(), Qt::FindDirectChildrenOnly);
         widgets << form.ui.centralWidget << form.ui.statusBar;
-        for (const QWidget* widget : widgets) {
+        for (const QWidget* widget : std::as_const(widgets)) {
             const QByteArray name = widget->objectName().toUtf8();
             const Look look = expected.value(name);
             QVERIFY2(widget->minimumSize() == look.minimum, name);
@@ -226,8 +226,9 @@ private slots:
     void theOtherWidgetsHaveNoToolTip()
     {
         const MainWindowForm form;
-        for (const QWidget* widget : QWidgetList{form.ui.presetNameEdit, form.ui.connectBtn, form.ui.label_3,
-                                                 form.ui.centralWidget, form.ui.statusBar})
+        const QWidgetList others{form.ui.presetNameEdit, form.ui.connectBtn, form.ui.label_3,
+                                 form.ui.centralWidget, form.ui.statusBar};
+        for (const QWidget* widget : others)
             QVERIFY2(widget->toolTip().isEmpty(), qPrintable(widget->objectName()));
     }
 
@@ -301,10 +302,11 @@ private slots:
         QCoreApplication::processEvents();
 
         QCOMPARE(screenshot(form.ui.centralWidget).pixel(3, 3), DarkGrey);
-        for (QWidget* grey :
-             QWidgetList{form.ui.connectBtn, form.ui.callBtn, form.ui.setBtn, form.ui.statusBar})
+        const QWidgetList greys{form.ui.connectBtn, form.ui.callBtn, form.ui.setBtn, form.ui.statusBar};
+        for (QWidget* grey : greys)
             QCOMPARE(screenshot(grey).pixel(6, grey->height() / 2), Grey);
-        for (QWidget* text : QWidgetList{form.ui.connectBtn, form.ui.callBtn, form.ui.setBtn, status})
+        const QWidgetList whites{form.ui.connectBtn, form.ui.callBtn, form.ui.setBtn, status};
+        for (QWidget* text : whites)
             QVERIFY2(hasColour(screenshot(text), White), qPrintable(text->objectName()));
     }
 

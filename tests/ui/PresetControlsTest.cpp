@@ -173,7 +173,8 @@ private slots:
     void anEmptyNameIsTheDefaultNameAndOneOfBlanksIsKept()
     {
         Desk desk;
-        for (const QString name : {"Desk", "", "  ", ""}) {
+        const QStringList names{"Desk", "", "  ", ""};
+        for (const QString& name : names) {
             pressSet(desk, "5", name);
             QCOMPARE(presetButton(desk, 5)->toolTip(), name.isEmpty() ? "Preset5" : name);
         }

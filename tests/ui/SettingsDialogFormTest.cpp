@@ -11,18 +11,21 @@ constexpr QRgb White = 0xffffffff;
 
 using SettingsDialogForm = FormAlone<QDialog, Ui_AppSettingWin>;
 
-const QVector<FormText> Texts{
-    {"", "windowTitle", "Settings"},
-    {"runOnStartUpCheck", "text", "Run on startup"},
-    {"label", "text", "COM port"},
-    {"label_5", "text", "BaudRate"},
-    {"startUpPresetCheck", "text", "Start up Preset"},
-    {"invertPanCheck", "text", "Invert Pan Controls"},
-    {"invertTiltCheck", "text", "Invert Tilt Controls"},
-    {"panSpeedLabel", "text", "Pan Speed(1)"},
-    {"tiltSpeedLabel", "text", "Tilt Speed(1)"},
-    {"zoomSpeedLabel", "text", "Zoom Speed(1)"},
-};
+QVector<FormText> texts()
+{
+    return {
+        {"", "windowTitle", "Settings"},
+        {"runOnStartUpCheck", "text", "Run on startup"},
+        {"label", "text", "COM port"},
+        {"label_5", "text", "BaudRate"},
+        {"startUpPresetCheck", "text", "Start up Preset"},
+        {"invertPanCheck", "text", "Invert Pan Controls"},
+        {"invertTiltCheck", "text", "Invert Tilt Controls"},
+        {"panSpeedLabel", "text", "Pan Speed(1)"},
+        {"tiltSpeedLabel", "text", "Tilt Speed(1)"},
+        {"zoomSpeedLabel", "text", "Zoom Speed(1)"},
+    };
+}
 
 } // namespace
 
@@ -134,7 +137,7 @@ private slots:
         QCOMPARE(styleRules(form.window.styleSheet()), ownRules + sharedStyleRules());
     }
 
-    void theTextsAreWrittenInEveryLanguage() { checkTexts<SettingsDialogForm>("AppSettingWin", Texts); }
+    void theTextsAreWrittenInEveryLanguage() { checkTexts<SettingsDialogForm>("AppSettingWin", texts()); }
 
     void assistiveSoftwareFindsEveryControlByName()
     {
