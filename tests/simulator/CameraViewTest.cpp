@@ -30,7 +30,7 @@ const char* const store12 = "81 01 04 3f 01 0c ff";
 
 constexpr QSize pictureSize(800, 450);
 const QColor amber(0xff, 0xb0, 0x2e);
-const QString degree(QChar(0xB0));
+constexpr QChar degree(0xB0);
 
 // From a command to the moment when the camera acts on it.
 constexpr ViscaCamera::Time untilAction = 25ms;
@@ -206,7 +206,8 @@ private slots:
         QFETCH(QVector3D, panTiltZoom);
         QFETCH(QPointF, thing);
         QFETCH(QPointF, expected);
-        const Projection projection({panTiltZoom.x(), panTiltZoom.y(), panTiltZoom.z()}, pictureSize);
+        const Projection projection(
+            {double(panTiltZoom.x()), double(panTiltZoom.y()), double(panTiltZoom.z())}, pictureSize);
         const auto point = projection.pointAt(thing.x(), thing.y());
         QVERIFY(point);
         QVERIFY2(QLineF(*point, expected).length() < 0.1,
@@ -586,7 +587,7 @@ private slots:
         QVERIFY(desk.camera.isMoving());
         desk.now += 60s;
         QTRY_VERIFY(!desk.isAwake());
-        QCOMPARE(desk.view.texts().tilt, "+90.0" + degree);
+        QCOMPARE(desk.view.texts().tilt, QString("+90.0") + degree);
     }
 
     void withoutADisplayOnlyAViewIsAnError()
