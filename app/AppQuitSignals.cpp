@@ -12,7 +12,7 @@ namespace {
 
 constexpr int QuitSignals[] = {SIGINT, SIGTERM, SIGHUP, SIGPIPE};
 
-// A signal handler may do next to nothing: it puts a byte into this pipe, and the event loop does the rest.
+// A signal handler may call few functions. It writes a byte to this pipe, and the event loop does the rest.
 int pipeEnds[2] = {-1, -1};
 
 void requestQuit(int)
@@ -33,8 +33,8 @@ AppQuitSignals::AppQuitSignals(QObject* parent)
     for (const int end : pipeEnds)
         fcntl(end, F_SETFD, FD_CLOEXEC);
 
-    // The byte is never read: a quit asked for while the start-up's error box is open holds for the event
-    // loop that follows, too.
+    // Never read the byte. If the signal comes while the error box of the start-up is open, it has to end the
+    // main event loop as well.
     auto* notifier = new QSocketNotifier(pipeEnds[0], QSocketNotifier::Read, this);
     connect(notifier, &QSocketNotifier::activated, this, [] { QCoreApplication::exit(); });
 

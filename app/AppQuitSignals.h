@@ -3,19 +3,19 @@
 #include <QObject>
 
 /**
- * Turns the operating system's requests to end (SIGINT, SIGTERM, SIGHUP and SIGPIPE: Ctrl+C, a shutdown, a
- * closed terminal, a reader of the output that went away) into an ordinary quit, so that destructors run: a
- * moving camera is stopped, changed settings are written. The same signal a second time ends the process at
- * once. A signal that the process was started to ignore, as by nohup, stays ignored. One object per process.
+ * Turns SIGINT (Ctrl+C), SIGTERM (a shutdown), SIGHUP (a closed terminal) and SIGPIPE (the reader of the
+ * output has ended) into an ordinary quit, so that the destructors run: they stop a moving camera and write
+ * changed settings. The same signal a second time ends the process at once. A signal that was ignored when
+ * the process started, for example by nohup, stays ignored. Create one object per process.
  */
 class AppQuitSignals : public QObject
 {
     Q_OBJECT
 
 public:
-    /** Takes the signals over; where the system has no pipe left they keep ending the process at once. */
+    /** Installs the signal handlers. If pipe() fails, the signals still end the process at once. */
     explicit AppQuitSignals(QObject* parent);
 
-    /** Gives the signals back. */
+    /** Restores the default action of each handled signal. */
     ~AppQuitSignals() override;
 };

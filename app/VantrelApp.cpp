@@ -33,21 +33,21 @@ int argumentCount = 0;
 VantrelApp::VantrelApp(int argc, char** argv)
     : QApplication(argumentCount = argc, argv)
 {
-    // A Wayland desktop finds the program's icon by it.
+    // A Wayland desktop takes the program's icon from this desktop file.
     setDesktopFileName("vantrel");
     QIcon icon;
     for (const char* size : {"16", "24", "32", "48", "64", "128"})
         icon.addFile(QString(":/icon/") + size);
     setWindowIcon(icon);
     new AppQuitSignals(this);
-    // Before the windows: Qt creates each accessible interface only once.
+    // Call it before the windows exist: Qt creates each accessible interface only once.
     AppAccessibleCheckBox::install();
 
     settingsManager = new AppSettingsManager();
     serial = new AppVantrelSerial();
     mainWin = new AppMainWin(nullptr);
     addHelpers();
-    // The port writes the recall of a start-up preset now, before there is a window to see.
+    // Let the port write the recall of a start-up preset before the window is shown.
     processEvents(QEventLoop::ExcludeUserInputEvents);
     mainWin->show();
     // Apply the status bar's size hint now. On Wayland a window that grows after its first frame may be
@@ -59,7 +59,7 @@ void VantrelApp::addHelpers()
 {
     for (const char* name : MotionButtons) {
         auto* guard = new AppHoldGuard(mainWin->findChild<QPushButton*>(name));
-        // Right before clicked(), which closes the port: the motion's stop has to go out before.
+        // clicked() follows released() and closes the port. Send the stop command before that.
         connect(mainWin->findChild<QPushButton*>("connectBtn"), SIGNAL(released()), guard, SLOT(endMotion()));
         helpers.append(guard);
     }
@@ -71,7 +71,7 @@ void VantrelApp::addHelpers()
     helpers.append(new AppSpokenStatus(mainWin->statusBar()->findChild<QLabel*>()));
     helpers.append(new AppSpokenField(mainWin->findChild<QLineEdit*>("presetEdit")));
     helpers.append(new AppSpokenField(mainWin->findChild<QLineEdit*>("presetNameEdit")));
-    // Other platforms tell repeats from real releases by themselves; no release has to wait there.
+    // On other platforms Qt recognises the repeats of a held key.
     if (platformName() == "xcb")
         helpers.append(new AppKeyRepeat(mainWin));
     // No control has the focus at first, so a key cannot trigger one by accident.

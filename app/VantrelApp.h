@@ -9,20 +9,20 @@ class AppSettingsManager;
 class AppVantrelSerial;
 
 /**
- * The application object. It creates and owns the program's long-lived objects, and it is the one way to
- * reach them: see vantrelApp().
+ * The application object. It creates and owns the program's long-lived objects. All other classes reach them
+ * through vantrelApp().
  */
 class VantrelApp : public QApplication
 {
 public:
     /**
      * Creates the settings store, the camera link and the main window, in this order, and shows the window.
-     * The window tries to connect to the camera while it is being built, so a port that cannot be opened
-     * shows its error box before the window appears. Qt takes its own options out of the arguments.
+     * The window's constructor tries to connect to the camera. If the port cannot be opened, the error box
+     * comes before the window. Qt reads its own options from the arguments.
      */
     VantrelApp(int argc, char** argv);
 
-    /** Ends a motion that is still held; deletes the main window, the settings store and the camera link. */
+    /** Stops a motion whose button is held. Deletes the main window, the settings store and the link. */
     ~VantrelApp() override;
 
     /**
@@ -43,7 +43,7 @@ public:
 private:
     void addHelpers();
 
-    // What keyboard, mouse and assistive software need beyond the windows' own code.
+    // Objects that add keyboard, mouse and accessibility behaviour to the windows.
     QObjectList helpers;
 };
 

@@ -3,8 +3,9 @@
 int main(int argc, char** argv)
 {
 #if QT_VERSION_MAJOR < 6
-    // Qt 5 scales only if it is told so before the application object is built, and draws pictures from all
-    // of their pixels only if it is told that, too. Qt 6 does both unasked.
+    // Without the first attribute, Qt 5 does not scale the windows; without the second, it does not draw
+    // pictures with all their pixels. The first one has to be set before the application object exists. Qt 6
+    // always does both.
     QCoreApplication::setAttribute(Qt::AA_EnableHighDpiScaling, true);
     QCoreApplication::setAttribute(Qt::AA_UseHighDpiPixmaps, true);
 #endif

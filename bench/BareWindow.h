@@ -8,8 +8,8 @@
 constexpr char MoveUpFrame[] = {'\x81', '\x01', '\x06', '\x01', '\x05', '\x05', '\x03', '\x01', '\xFF'};
 
 /**
- * The floor of a press: a bare window with one button that writes a frame of nine bytes and does nothing
- * else. The button looks like the program's, so that drawing it pressed costs the same.
+ * The floor of a press: a window with one button, which writes a frame of nine bytes and does nothing else.
+ * The button looks like the program's, so that drawing it pressed takes the same time.
  */
 class BareWindow : public QWidget
 {
@@ -18,7 +18,7 @@ class BareWindow : public QWidget
 public:
     /**
      * @param look the button whose style sheet and size this one takes
-     * @param portName the line to open; fatal if it cannot be opened
+     * @param portName the port to open; fatal if it cannot be opened
      */
     BareWindow(const QPushButton& look, const QString& portName);
 

@@ -17,7 +17,7 @@ constexpr int ReplyCounts[] = {10'000, 100'000, 1'000'000};
 constexpr int RepliesPerLog = 100'000;
 constexpr qint64 LogSizes[] = {1'000'000, 1'000'000'000};
 
-/** Handles this many replies; they come in whole bursts. */
+/** Handles `count` replies, which has to be a multiple of RepliesPerBurst. */
 void handleReplies(State& state, int count, PseudoTerminal& camera, const QString& logPath)
 {
     const QByteArray burst = replyBurst();
@@ -29,7 +29,7 @@ void handleReplies(State& state, int count, PseudoTerminal& camera, const QStrin
     state.counters["memory"] = processMemory(getpid(), "VmRSS");
 }
 
-/** Handles replies while the log has a certain size. The log is a sparse file, since nobody reads it. */
+/** Handles replies while the log is `size` bytes long. The log is a sparse file, since nobody reads it. */
 void handleRepliesOntoLog(State& state, qint64 size, PseudoTerminal& camera, const QString& logPath)
 {
     if (!QFile::resize(logPath, size))
@@ -51,7 +51,7 @@ int main(int argc, char** argv)
         qFatal("the window is not shown");
     const QString log = profile.logFile();
 
-    // Each continues with the program and the log of the one before it, so the order matters.
+    // The order matters: each benchmark continues with the program and the log of the previous one.
     for (const int count : ReplyCounts) {
         const std::string name = "replies/" + std::to_string(count);
         benchmark::RegisterBenchmark(name.c_str(), [&, count](State& state) {

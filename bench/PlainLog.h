@@ -3,7 +3,7 @@
 #include <string>
 
 /**
- * The floor of the activity log: opens the file for appending, writes the entry and closes the
- * file, with plain system calls. There is no buffer, so there is nothing to flush.
+ * The floor of the activity log: opens the file for appending, writes the entry and closes the file, with
+ * plain system calls.
  */
 void writePlainLogLine(const std::string& path, const std::string& line);

@@ -5,7 +5,7 @@
 /**
  * Reads a process's memory usage from /proc.
  *
- * @param field "VmRSS" for what it has in RAM now, "VmHWM" for the most that it has had
- * @return in KiB; 0 if there is no such process
+ * @param field "VmRSS" for its resident memory now, "VmHWM" for the peak of it
+ * @return the memory in KiB; 0 if there is no such process
  */
 double processMemory(qint64 pid, const char* field);

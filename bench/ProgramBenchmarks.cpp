@@ -26,7 +26,8 @@ using Clock = std::chrono::steady_clock;
 
 constexpr int FrameSize = sizeof(MoveUpFrame);
 
-// So few fit into the buffers of the line. They are so many that the pause between two batches hardly counts.
+// Few enough to fit into the buffers of the line, and many enough that the pause between two batches hardly
+// counts.
 constexpr int CommandsPerBatch = 100;
 
 /** Runs the event loop until this many bytes have arrived at the far end of the line, and reads them. */
@@ -44,7 +45,7 @@ QMouseEvent mouseEvent(QEvent::Type type, const QWidget& widget)
     return {type, middle, widget.mapToGlobal(middle), Qt::LeftButton, held, Qt::NoModifier};
 }
 
-/** Measures from `press` until the whole frame that `port` sends can be read at the far end of the line. */
+/** Measures from `press` until the whole frame from `port` can be read at the far end of the line. */
 template <class Press, class Release>
 void press(State& state, PseudoTerminal& line, const QSerialPort& port, int bytesOnRelease, Press press,
            Release release)
@@ -52,7 +53,7 @@ void press(State& state, PseudoTerminal& line, const QSerialPort& port, int byte
     for ([[maybe_unused]] auto _ : state) {
         const auto begin = Clock::now();
         press();
-        // Run the event loop only until the frame is sent: what is drawn later does not count.
+        // Run the event loop only until the frame is sent. Later drawing is not measured.
         while (port.bytesToWrite() > 0)
             QCoreApplication::processEvents();
         for (int arrived = line.read().size(); arrived < FrameSize; arrived += line.read().size())
@@ -65,8 +66,8 @@ void press(State& state, PseudoTerminal& line, const QSerialPort& port, int byte
     }
 }
 
-/** Measures `operation`, which writes one frame to the line, and the turn of the event loop in which `port`
- * may still have to do so. */
+/** Measures `operation`, which sends one frame, and the event processing in which `port` may still have to
+ * write it. */
 template <class Operation>
 void command(State& state, PseudoTerminal& line, const QSerialPort& port, Operation operation)
 {
@@ -93,7 +94,7 @@ std::vector<std::string> linesOf(const QString& logPath)
     return lines;
 }
 
-/** Measures `handleBurst`, which begins a new log. */
+/** Measures `handleBurst`. Removes the log before each run. */
 template <class Operation> void replies(State& state, const QString& logPath, Operation handleBurst)
 {
     for ([[maybe_unused]] auto _ : state) {
@@ -105,7 +106,7 @@ template <class Operation> void replies(State& state, const QString& logPath, Op
     state.SetItemsProcessed(RepliesPerBurst);
 }
 
-/** Measures from the button's signal until the dialog lists the ports and the display was asked to show it.
+/** Measures from the button's signal until the dialog has listed the ports and asked the display to show it.
  */
 void openSettings(State& state, QPushButton& settingsButton, QWidget& dialog)
 {
@@ -130,8 +131,8 @@ void enumeratePorts(State& state)
     }
 }
 
-// Short runs of the program and of its floor alternate in random order, so that other work of the machine
-// slows both equally.
+// Repeat short runs: those of the program and of its floor are mixed in random order, so that other work on
+// the machine slows both equally.
 template <class Function> void measurePress(const char* name, Function function)
 {
     benchmark::RegisterBenchmark(name, function)->UseManualTime()->Iterations(1)->Repetitions(501);

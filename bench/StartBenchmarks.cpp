@@ -15,7 +15,7 @@ namespace {
 using benchmark::State;
 using Clock = std::chrono::steady_clock;
 
-// Long after the first frame, so that the memory includes what a program creates later.
+// The memory is read long after the first frame, so that it includes what a program creates later.
 constexpr unsigned long SettleMs = 200;
 
 /** Measures from the start of the process until the content of its first window, with this title, is on the

@@ -15,8 +15,8 @@ AppLineWatch::AppLineWatch(QSerialPort* port)
 
 void AppLineWatch::start()
 {
-    // These wake the event loop when bytes arrive, and when the line hangs up. The port makes them anew at
-    // each open.
+    // They wake the event loop when bytes arrive and when the line hangs up. The port creates new ones in
+    // each open().
     const auto notifiers = serialPort->findChildren<QSocketNotifier*>();
     for (QSocketNotifier* notifier : notifiers)
         notifier->installEventFilter(this);

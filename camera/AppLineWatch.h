@@ -6,9 +6,9 @@
 class QSerialPort;
 
 /**
- * Makes a serial port report that its device is gone, as a pulled USB adapter is. What QSerialPort makes of
- * such a line by itself depends on the version of Qt and may be nothing, or an error without end. This looks
- * at the line each time before the port reads from it.
+ * Makes a serial port report that its device is gone, for example a pulled USB adapter. What QSerialPort
+ * reports by itself depends on the version of Qt: nothing, one error, or an endless series of errors. So this
+ * class checks the device each time before the port reads from it.
  */
 class AppLineWatch : public QObject
 {
@@ -17,16 +17,17 @@ class AppLineWatch : public QObject
 public:
     explicit AppLineWatch(QSerialPort* port);
 
-    /** Watches the line until the port closes. Call it after each open. */
+    /** Watches the device until the port closes. Call it after each successful open(). */
     void start();
 
     /**
-     * The operating system's text for why it has no line any more; empty while the device is there, or while
-     * the port is closed. Asks tcgetattr(), which fails once the device is gone.
+     * Tells whether the device is gone. Calls tcgetattr(), which fails once it is.
+     *
+     * @return the operating system's text for the failure; empty if the device is there or the port is closed
      */
     QString loss() const;
 
-    /** Reports a lost line as the port's ResourceError, in place of the port's own reading from it. */
+    /** If the device is gone, emits the port's errorOccurred(ResourceError), and the port does not read. */
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:

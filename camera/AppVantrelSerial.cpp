@@ -14,7 +14,7 @@
 
 namespace {
 
-// VISCA: a frame is the address, the command mark, a category, a code, its parameters and the terminator.
+// A VISCA command frame: the address, 01 for a command, the category, the code, parameters, the terminator.
 constexpr char ToCamera1 = '\x81';
 constexpr char Command = '\x01';
 constexpr char CameraCategory = '\x04';
@@ -44,8 +44,7 @@ constexpr int ZoomSpeedMax = 7;
 constexpr int PresetModulus = 255;
 constexpr int HomeZoomDelayMs = 1000;
 
-// A VISCA reply has at most 16 bytes. The reader holds 32, and its storage has room for a terminator after
-// them.
+// A VISCA reply has at most 16 bytes. The reader collects up to 32 and still accepts a terminator after them.
 constexpr int ReplyCapacity = 32;
 constexpr int ReplyStorageSize = ReplyCapacity + 1;
 constexpr int NoReply = -1;
@@ -137,11 +136,11 @@ void AppVantrelSerial::closeSerialPort()
 void AppVantrelSerial::reset()
 {
     if (serialPort->isOpen()) {
-        // The port drops what it has not sent yet, such as the stop of a motion. That a line takes no more is
-        // no news to a user who closes it.
+        // close() drops bytes that are not sent yet, such as a stop frame, so send them now. If the line
+        // accepts no more, do not show that as an error to a user who is closing the port.
         const QSignalBlocker quiet(serialPort);
         serialPort->flush();
-        // The port puts the line's earlier baud rate back; let the bytes go out at theirs.
+        // close() restores the device's earlier baud rate. Wait until the bytes are sent at the present one.
         tcdrain(serialPort->handle());
         serialPort->close();
     }
@@ -233,7 +232,7 @@ void AppVantrelSerial::moveHome()
 
     auto* timer = new QTimer(this);
     timer->setSingleShot(true);
-    // Unless it is told so, a timer may be 5 % early or late.
+    // Qt's default, a coarse timer, may be 5 % early or late.
     timer->setTimerType(Qt::PreciseTimer);
     connect(timer, &QTimer::timeout, timer, [this] { writeZoomFrame(ZoomWide, ZoomSpeedMax); });
     timer->start(HomeZoomDelayMs);
@@ -312,7 +311,7 @@ void AppVantrelSerial::collectReplyByte(char byte)
         return;
 
     if (replyIndex == ReplyCapacity - 1 && byte != Terminator) {
-        // Too long for a reply: its storage, wiped, serves as the fresh one, so a flood takes no memory.
+        // Too long for a reply. Clear its storage and use it again, so that a flood of bytes needs no memory.
         std::fill_n(replyBuffer, ReplyStorageSize, '\0');
         replyIndex = NoReply;
         return;

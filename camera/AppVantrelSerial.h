@@ -8,32 +8,33 @@
 class AppLineWatch;
 
 /**
- * The link to the camera: one serial port, the VISCA commands that go out on it, and the reader that writes
- * the camera's replies to the activity log.
+ * The link to the camera: one serial port, the VISCA commands that it sends, and the reader that writes the
+ * camera's replies to the activity log.
  *
- * Commands are addressed to camera 1 and may be given in any state. Each first writes a line to the activity
- * log, then gives its frame to the port, which sends it when the event loop next runs, or when the link
- * closes the port, as far as the line takes it. While the port is closed the frame is dropped silently.
- * Nothing waits for the camera. Speeds are read from the settings store at each command and go out as they
- * are stored, cut to a byte.
+ * Commands are addressed to camera 1 and may be called in any state. Each one first writes an entry to the
+ * activity log and then hands its frame to the port. The port sends the frame when the event loop next runs,
+ * or when the link closes the port; what the serial line does not accept then is lost. While the port is
+ * closed, frames are dropped silently. Nothing waits for the camera. Each command reads the speeds from the
+ * settings store and sends them unchecked, as the low byte of the stored number.
  *
- * Errors of the port are shown to the user in the port's own words, and the loss of the line in those of the
- * operating system; beyond that the link speaks through its signals only.
+ * A message box shows each port error with the port's own text, and the loss of the device with the operating
+ * system's. The same text is not shown again while its box is open. The other classes learn of the link's
+ * state from its signals only.
  */
 class AppVantrelSerial : public QObject
 {
     Q_OBJECT
 
 public:
-    /** A closed link. */
+    /** Creates a closed link. */
     AppVantrelSerial();
 
     /** Closes the port and emits onDeviceDisconnected(). Uses neither the settings store nor the log. */
     ~AppVantrelSerial() override;
 
     /**
-     * Opens the port that the settings name, with their baud rate, 8 data bits, no parity, one stop bit and
-     * no flow control. Emits onDeviceConnected(), or shows the port's error and emits onDeviceError().
+     * Opens the stored port with the stored baud rate, 8 data bits, no parity, one stop bit and no flow
+     * control. Emits onDeviceConnected(); on failure, shows the port's error and emits onDeviceError().
      */
     void openSerialPort();
 
@@ -43,17 +44,19 @@ public:
     /** Whether the port is open. */
     bool isConnected();
 
-    /** Applies the settings to the port. An open port stays the device it is, but takes its baud rate at
-     * once. */
+    /** Applies the settings to the port. If it is open, the new baud rate acts at once, but the new port name
+     * only at the next open. */
     void setupSerialPort();
 
     /**
-     * The name of the first port with the USB identifiers 1A86:7523 (WCH CH340) or 0403:6015 (FTDI FT-X),
-     * which it logs; FallbackPort if no such adapter is attached.
+     * Finds the first port with the USB identifiers 1A86:7523 (WCH CH340) or 0403:6015 (FTDI FT-X), and logs
+     * its name.
+     *
+     * @return the port's name; FallbackPort if no such adapter is attached
      */
     QString getCOMPortWhenAuto();
 
-    /** Tilt or pan until moveStop(), with the stored speeds. */
+    /** Start tilting or panning, with the stored speeds. The camera moves until moveStop(). */
     void moveUp();
     void moveDown();
     void moveLeft();
@@ -63,41 +66,47 @@ public:
     void moveStop();
 
     /**
-     * Sends the camera to its home position and, 1000 ms later, to its widest view. The second command is
-     * dropped if the port is closed by then; it is not logged.
+     * Sends the camera to its home position and, 1000 ms later, zooms out at full speed to the widest view.
+     * The second command is not logged; it is dropped if the port is closed by then.
      */
     void moveHome();
 
-    /** Zoom until zoomStop(), with the stored zoom speed. */
+    /** Start zooming, with the stored zoom speed. The camera zooms until zoomStop(). */
     void zoomIn();
     void zoomOut();
 
     /** Stops zooming. */
     void zoomStop();
 
-    /** Recalls a preset, counted from 1 as on the wire: the byte is the remainder of its division by 255. */
+    /**
+     * Moves the camera to a stored preset.
+     *
+     * @param preset the preset's number, counted from 1; sent as it is, modulo 255
+     */
     void callPreset(int preset);
 
     /**
-     * Stores the camera's position as a preset, counted as above, and tells the user so, whether or not the
-     * port is open; returns when the user has dismissed that message.
+     * Stores the camera's position as a preset, then shows a message that it is set, even if the port is
+     * closed. Returns when the user has dismissed the message.
+     *
+     * @param preset the preset's number, as for callPreset()
      */
     void setPreset(int preset);
 
-    /** Writes bytes as they are; drops them while the port is closed. Writes no log line. */
+    /** Sends bytes unchanged; drops them while the port is closed. Logs nothing. */
     void sendHex(char* bytes, int count);
 
-    /** Writes a reply of this many bytes to the activity log. Takes the bytes over, which are of new[]. */
+    /** Logs a reply of `length` bytes. Takes ownership of `data`, which has to be allocated by new[]. */
     void analyzeBuffer(char* data, int length);
 
 signals:
     /** The port was opened. */
     void onDeviceConnected();
 
-    /** The port was closed: on request, because the device is gone, or with the link itself. */
+    /** The port was closed: on request, because the device is gone, or because the link is destroyed. */
     void onDeviceDisconnected();
 
-    /** The port reported an error that leaves it as it is, open or closed. */
+    /** The port reported an error that does not change whether it is open. */
     void onDeviceError();
 
     /** Never emitted. */

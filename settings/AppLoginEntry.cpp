@@ -11,14 +11,14 @@ namespace {
 constexpr char EntryFileName[] = "Vantrel.desktop";
 constexpr char EntryBegin[] = "[Desktop Entry]\nType=Application\nName=Vantrel\nIcon=vantrel\n";
 
-// A text of the file.
+// Escapes a string value of a desktop entry.
 QString escaped(QString text)
 {
     return text.replace('\\', "\\\\").replace('\n', "\\n").replace('\t', "\\t").replace('\r', "\\r");
 }
 
-// An argument of Exec, which is escaped twice: for the quotes around it, then as a text of the file. A
-// percent sign would begin a field code.
+// Quotes an argument of Exec. It is escaped twice: for its quotes, and as a string value. A single percent
+// sign would begin a field code.
 QString quoted(QString argument)
 {
     for (const char special : {'\\', '"', '`', '$'})

@@ -8,7 +8,7 @@ namespace {
 
 bool isUtf8(const QByteArray& bytes)
 {
-    // The decoder drops the mark that some editors put at the beginning.
+    // Some editors begin a file with a byte order mark. fromUtf8() drops it, so the texts would differ.
     return bytes.startsWith("\xEF\xBB\xBF") ||
            QString::fromUtf8(bytes.data(), bytes.size()).toUtf8() == bytes;
 }

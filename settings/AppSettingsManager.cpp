@@ -32,8 +32,8 @@ constexpr char RunAsAdminKey[] = "runasadmin";
 constexpr int DefaultSpeed = 5;
 constexpr int DefaultStartUpPreset = 1;
 
-// The option and the script travel in one argument, and the delete script has no blank before the name;
-// osascript is given exactly this.
+// osascript gets exactly this text: the option and the script in one argument, and no blank before the name
+// of the item to delete.
 constexpr char LoginItemTool[] = "osascript";
 constexpr char AddLoginItemBegin[] =
     "-e tell application \"System Events\" to make login item at end with properties {path:\"";
@@ -59,8 +59,8 @@ AppSettingsManager::AppSettingsManager()
     [[maybe_unused]] const bool isUtf8 = prepareSettingsFile(path);
     settings = new QSettings(path, QSettings::IniFormat);
 #if QT_VERSION_MAJOR < 6
-    // Qt 6 stores text as UTF-8, Qt 5 as escapes, which both read. Read as UTF-8 once, then write as ever: a
-    // codec for writing would break the characters that take two QChar.
+    // Qt 6 writes UTF-8, and Qt 5 writes escape sequences, which both can read. Read the whole file as UTF-8
+    // here, then remove the codec: with one, Qt 5 would spoil characters that take two QChar when it writes.
     if (isUtf8)
         settings->setIniCodec("UTF-8");
     settings->allKeys();

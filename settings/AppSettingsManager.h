@@ -5,32 +5,32 @@
 
 class QSettings;
 
-/** The port setting that stands for "find the camera's adapter by its USB identifiers". */
+/** The port setting that means: find the camera's adapter by its USB identifiers. */
 constexpr char AutoPort[] = "AUTO";
 
-/** The port used while none is stored, and when no adapter is found. */
+/** The port to open if none is stored, or if AutoPort finds no adapter. */
 constexpr char FallbackPort[] = "COM1";
 
-/** The line's speed, in baud, while none is stored. */
+/** The baud rate if none is stored. */
 constexpr int DefaultBaudRate = 9600;
 
-/** The presets that a user can choose are counted from here ... */
+/** The lowest number of a preset that a user can choose. */
 constexpr int FirstPreset = 1;
 
-/** ... to here. */
+/** The highest number of a preset that a user can choose. */
 constexpr int LastPreset = 64;
 
-/** The name of a preset that was given none: "Preset" and its number. */
+/** The name of a preset that the user has not named: "Preset" and its number. */
 QString defaultPresetName(int preset);
 
 /**
- * The settings store: every setting that outlives the program, in the INI file "setting.ini"; also the
- * activity log "app.log" beside it, and the registration as a login item.
+ * The settings store. It keeps all settings in the INI file "setting.ini". It also writes the activity log
+ * "app.log" in the same folder, and registers the program as a login item.
  *
- * Getters return the stored value unchecked, converted as QVariant does it (a text where a number belongs
- * reads as 0), or the default when nothing is stored. Setters take effect at once in memory; QSettings
- * writes the file when the event loop next runs, at the latest at destruction. Failures are silent: a file
- * that cannot be read gives the defaults, one that cannot be written keeps the values for this run only.
+ * Getters return the stored value unchecked, or the default if none is stored. QVariant converts it: a text
+ * in place of a number gives 0. Setters change the value in memory at once; QSettings writes the file when
+ * the event loop next runs, at the latest at destruction. Failures are silent: if the file cannot be read,
+ * the defaults apply; if it cannot be written, the values last until the program ends.
  */
 class AppSettingsManager : public QObject
 {
@@ -51,11 +51,11 @@ public:
     /** The executable's path with a trailing separator. */
     QString getApplicationPath();
 
-    /** The port to open: AutoPort or a name as the platform's enumeration gives it. Default FallbackPort. */
+    /** The port to open: AutoPort, or a name as QSerialPortInfo lists it. Default FallbackPort. */
     QString getCOMPort();
     void setCOMPort(QString port);
 
-    /** The line's speed in baud. Default DefaultBaudRate. */
+    /** The baud rate of the serial line. Default DefaultBaudRate. */
     int getBaudRate();
     void setBaudRate(int baudRate);
 
@@ -71,15 +71,15 @@ public:
     int getZoomSpeed();
     void setZoomSpeed(int speed);
 
-    /** Whether Left and Right change places. Default false. */
+    /** Whether Left and Right are swapped. Default false. */
     bool getInvertPan();
     void setInvertPan(bool invert);
 
-    /** Whether Up and Down change places. Default false. */
+    /** Whether Up and Down are swapped. Default false. */
     bool getInvertTilt();
     void setInvertTilt(bool invert);
 
-    /** The preset, counted from 1, recalled on connection if getIsStartUpPreset(). Default 1. */
+    /** The preset to recall on connection if getIsStartUpPreset(), counted from 1. Default 1. */
     int getStartUpPreset();
     void setStartUpPreset(int preset);
 
@@ -91,18 +91,18 @@ public:
     bool getRunOnStartUp();
 
     /**
-     * Stores the choice, then adds the application bundle to the user's macOS login items or removes it, by
-     * one run of "osascript". Blocks until that has ended; whether it succeeded is not reported. On Linux it
-     * also writes or removes the desktop's start entry, see setLoginEntry().
+     * Stores the choice, then runs "osascript" once, which adds the application bundle to the user's macOS
+     * login items or removes it. Blocks until "osascript" has ended; a failure is not reported. On Linux it
+     * also writes or removes the autostart file, see setLoginEntry().
      */
     void setRunOnStartUp(bool enabled);
 
-    /** A stored choice that nothing acts on. Default false. */
+    /** Whether to run as administrator. The choice is stored, but nothing uses it. Default false. */
     bool getRunAsAdmin();
     void setRunAsAdmin(bool enabled);
 
     /**
-     * The name of a preset. Names belong to the port setting in force: another port setting has other names.
+     * The name of a preset. Each port setting has names of its own; these belong to the present one.
      *
      * @param preset the preset's number, counted from 1
      * @return the stored name, by default defaultPresetName()
@@ -117,10 +117,10 @@ public:
     QString macOSXAppBundlePath();
 
     /**
-     * Appends one line to the activity log. The line is on disk when this returns. It is lost, silently,
-     * while the folder does not exist or the file cannot be written.
+     * Appends an entry to the activity log. It is in the file when this returns. It is lost silently if the
+     * folder does not exist or the file cannot be written.
      *
-     * @param message the line without its line feed; written as UTF-8
+     * @param message the entry without its line feed; written as UTF-8
      */
     void log(QString message);
 

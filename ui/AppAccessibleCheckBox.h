@@ -5,21 +5,21 @@
 class QCheckBox;
 
 /**
- * A check box as assistive software sees it. Switching it acts as a click of the mouse does; with Qt's own
- * interface the box changes its look, but says nothing of a click, and nothing is stored.
+ * The accessible interface of a check box. Its toggle action acts like a mouse click. Qt's own interface
+ * changes the check mark without clicked(), so the setting would not be stored.
  */
 class AppAccessibleCheckBox : public QAccessibleWidget
 {
 public:
-    /** Makes Qt use this interface for every check box from now on. */
+    /** Makes Qt use this interface for every check box. Call it before the check boxes exist. */
     static void install();
 
     QAccessible::State state() const override;
 
-    /** Switching, and what every widget can do. */
+    /** The toggle action and the actions of every widget. */
     QStringList actionNames() const override;
 
-    /** Returns at once; the click follows in the event loop, for what it starts may take its time. */
+    /** Returns at once. The event loop makes the click later, because its slot may take long. */
     void doAction(const QString& actionName) override;
 
 private:

@@ -12,7 +12,7 @@ namespace {
 
 constexpr int RingWidth = 2;
 
-/** The desktop's style, with the ring in place of its own mark of the focus. */
+/** The desktop's style without its own focus mark, which the ring replaces. */
 class RingStyle : public QProxyStyle
 {
 public:
@@ -31,7 +31,7 @@ public:
         const auto* slider = qstyleoption_cast<const QStyleOptionSlider*>(option);
         if (!slider)
             return QProxyStyle::drawComplexControl(control, option, painter, widget);
-        // A style may show a slider's focus by its colours.
+        // Some styles show a slider's focus by its colours.
         QStyleOptionSlider unfocused = *slider;
         unfocused.state &= ~State_HasFocus;
         QProxyStyle::drawComplexControl(control, &unfocused, painter, widget);
@@ -46,10 +46,10 @@ public:
     int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
                   QStyleHintReturn* returned) const override
     {
-        // The ring paints its own shape; a mask would cut off what lies inside the control.
+        // A mask would cut off the part of the ring that lies inside a button, around its picture.
         if (hint == SH_FocusFrame_Mask)
             return false;
-        // In a list that opens like a menu, the style sheets hide which entry is chosen.
+        // If a combo box opened its list like a menu, the style sheets would hide the selected entry.
         if (hint == SH_ComboBox_Popup)
             return false;
         return QProxyStyle::styleHint(hint, option, widget, returned);
@@ -70,7 +70,7 @@ AppFocusRing::AppFocusRing(QWidget* window)
     const auto buttons = window->findChildren<QPushButton*>();
     for (QPushButton* button : buttons)
         button->setStyle(style);
-    // Qt has hidden the scroll bar for a list that opens like a menu.
+    // The desktop's style may open lists like menus; then Qt has turned off their scroll bars.
     const auto lists = window->findChildren<QComboBox*>();
     for (const QComboBox* list : lists)
         list->view()->setVerticalScrollBarPolicy(Qt::ScrollBarAsNeeded);
@@ -98,7 +98,7 @@ QRect AppFocusRing::markedArea() const
     const auto* button = qobject_cast<const QPushButton*>(widget());
     if (!button || !button->text().isEmpty())
         return control;
-    // A button without a text shows a picture in its middle, as wide as it is high.
+    // A button without text shows a square picture in its middle, as high as the button.
     return QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, QSize(control.height(), control.height()),
                                control);
 }

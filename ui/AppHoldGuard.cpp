@@ -30,7 +30,8 @@ bool AppHoldGuard::eventFilter(QObject* watched, QEvent* event)
         break;
     case QEvent::MouseButtonPress:
     case QEvent::MouseButtonDblClick:
-        // A box that opened as the focus came here has held this press up, and the user has let go since.
+        // The change of focus before this press may have opened a message box. If the user has let go of the
+        // mouse while it was open, drop the press.
         if (event->spontaneous() && QGuiApplication::mouseButtons() == Qt::NoButton)
             return true;
         [[fallthrough]];
@@ -49,18 +50,19 @@ bool AppHoldGuard::eventFilter(QObject* watched, QEvent* event)
 void AppHoldGuard::catchUp()
 {
     motionButton->setUpdatesEnabled(true);
-    // The mouse let go outside takes the button up without released(), also when a key holds it.
+    // A mouse release outside the button raises it without released(), even while a key holds it down.
     if (isMoving && !motionButton->isDown())
         emit motionButton->released();
 }
 
 void AppHoldGuard::endMotion()
 {
-    // Let the mouse go outside: a mouse that still holds the button would press it again when it moves on it.
+    // Simulate a mouse release outside the button. After setDown(false) alone, a move of the mouse over the
+    // button would press it again while the user still holds the mouse button.
     const QPoint outside(-1, -1);
     QMouseEvent letGo(QEvent::MouseButtonRelease, outside, motionButton->mapToGlobal(outside), Qt::LeftButton,
                       Qt::NoButton, Qt::NoModifier);
-    // Call event() directly, so that the filter does not put drawing off.
+    // Call event() directly, so that our filter does not postpone the redrawing.
     static_cast<QObject*>(motionButton)->event(&letGo);
     if (isMoving)
         emit motionButton->released();

@@ -5,10 +5,10 @@
 class QAbstractButton;
 
 /**
- * Ends a motion with its button, so that the camera never runs on alone, and lets the camera have its command
- * before the button is drawn. QAbstractButton goes up in silence in some cases, stays down in others when its
- * window is taken away, and draws before it emits pressed() or released(), which takes far longer than a
- * command.
+ * Makes sure that a motion ends when its button goes up, and that a command is sent before the button is
+ * redrawn. QAbstractButton does not always emit released() when it goes up, and it may stay down when its
+ * window is hidden or blocked. It also redraws itself before it emits pressed() or released(), which takes
+ * much longer than sending the command.
  */
 class AppHoldGuard : public QObject
 {
@@ -21,12 +21,13 @@ public:
     /** Ends the motion. */
     ~AppHoldGuard() override;
 
-    /** Ends the motion when the button loses the focus, is hidden, or its window is left or blocked. */
+    /** Ends the motion when the button loses the focus or is hidden, or when its window is deactivated or
+     * blocked. */
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 public slots:
-    /** Lets the button go up and emit released() if a motion is under way. The end of that press does
-     * nothing. */
+    /** Raises the button; if a motion is under way, the button emits released(). When the user lets go later,
+     * nothing happens. */
     void endMotion();
 
 private slots:
@@ -35,6 +36,6 @@ private slots:
 private:
     QAbstractButton* motionButton;
     bool isMoving = false;
-    // A timer of no time: it comes due after the port's turn to write.
+    // Its interval is 0: it fires after the event loop has let the port write.
     QTimer nextTurn;
 };

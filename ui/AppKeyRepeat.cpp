@@ -42,7 +42,7 @@ bool AppKeyRepeat::eventFilter(QObject* watched, QEvent* event)
     }
     release();
 
-    // An arrow key moves the focus on for as long as it is held.
+    // Hold back only a release that may raise the button: a held arrow key has to keep moving the focus.
     const auto* button = static_cast<QAbstractButton*>(watched);
     if (isPress || key->isAutoRepeat() || (key->key() != Qt::Key_Space && !button->isDown()))
         return QObject::eventFilter(watched, event);

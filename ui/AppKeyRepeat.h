@@ -3,23 +3,25 @@
 #include <QTimer>
 
 /**
- * Drops the repeats of a held key on X11. The X server repeats a key as releases and presses, and Qt often
- * takes these for real ones, so that a held Space would click a button again and again. The release and the
- * press of a repeat are of one key and have one time stamp. A real release takes effect 25 ms later, or right
- * before the next key, a press of the mouse on the button, or the loss of the focus.
+ * Drops the repeats of a held key on X11. The X server sends each repeat as a release and a press. Qt often
+ * does not recognise them, so a held Space would click a button again and again. The release and the press of
+ * a repeat have the same key and the same time stamp. So each release is held back for up to 25 ms, until
+ * it is clear that no such press follows. It is delivered earlier if another key event, a mouse press on a
+ * button or the loss of the focus comes first.
  */
 class AppKeyRepeat : public QObject
 {
     Q_OBJECT
 
 public:
-    /** Serves every button that this window, its parent, has now, those of its dialogs included. */
+    /** Handles the keys of every button that exists in this window and its dialogs. The window becomes its
+     * parent. */
     explicit AppKeyRepeat(QWidget* window);
 
-    /** A release that still waits takes effect now. */
+    /** Delivers a release that is still held back. */
     ~AppKeyRepeat() override;
 
-    /** Holds the release of a key back until it is known whether a press follows it. */
+    /** Holds back the release of a key until it is known whether it belongs to a repeat. */
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private slots:

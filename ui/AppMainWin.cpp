@@ -105,7 +105,7 @@ void AppMainWin::onDeviceDisconnected()
 
 void AppMainWin::onDeviceError()
 {
-    // The link has told the user already, and an error that leaves the port as it is changes nothing here.
+    // The link has already shown the error, and the port is open or closed as before.
 }
 
 void AppMainWin::onUpBtnClicked()

@@ -9,8 +9,8 @@ class QLabel;
 class Ui_AppMainWin;
 
 /**
- * The main window: the control surface of the camera. It forwards every action to the camera link and shows
- * whether the link is connected; the text of the connect button is that state.
+ * The main window with the controls of the camera. It forwards every action to the camera link and shows
+ * whether the link is connected. Only the text of the connect button holds that state.
  */
 class AppMainWin : public QMainWindow
 {
@@ -20,7 +20,7 @@ public:
     /** Builds the window and tries to connect to the camera. */
     explicit AppMainWin(QWidget* parent);
 
-    /** Deletes the settings window, the status text and the form. */
+    /** Deletes the settings window, the status label and the form. */
     ~AppMainWin() override;
 
     /**
@@ -32,8 +32,8 @@ public:
     void savePresetName(int preset, QString name);
 
     /**
-     * Shows the stored names of presets 1 to 9 as the tooltips of their buttons. Qt shows a name with markup
-     * as rich text.
+     * Shows the stored names of presets 1 to 9 as the tooltips of their buttons. If a name contains markup,
+     * Qt shows it as rich text.
      */
     void loadPresetNames();
 

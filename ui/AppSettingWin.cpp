@@ -50,7 +50,7 @@ AppSettingWin::AppSettingWin(QWidget* parent)
 #if QT_VERSION_MAJOR < 6
     connect(ui->baudRateCombo, SIGNAL(currentIndexChanged(QString)), this, SLOT(onBaudRateChanged(QString)));
 #else
-    // Qt 6 has no such signal. This one says the same as long as no entry is renamed.
+    // Qt 6 has no currentIndexChanged(QString). This signal does the same, because no entry is ever renamed.
     connect(ui->baudRateCombo, SIGNAL(currentTextChanged(QString)), this, SLOT(onBaudRateChanged(QString)));
 #endif
     connect(ui->invertPanCheck, SIGNAL(clicked(bool)), this, SLOT(onInvertPanChecked()));
@@ -70,7 +70,7 @@ void AppSettingWin::loadSavedSettings()
 
     ui->runOnStartUpCheck->setChecked(settings->getRunOnStartUp());
     ui->startUpPresetCheck->setChecked(settings->getIsStartUpPreset());
-    // No entry stands for a number below the first; the smallest int has none below itself.
+    // A preset below 1 selects nothing. qMax() avoids an overflow if the lowest int is stored.
     ui->startUpPresetCombo->setCurrentIndex(qMax(0, settings->getStartUpPreset()) - 1);
     ui->startUpPresetCombo->setEnabled(ui->startUpPresetCheck->isChecked());
     ui->baudRateCombo->setCurrentText(baudText(settings->getBaudRate()));
@@ -118,7 +118,7 @@ void AppSettingWin::onZoomSpeedChanged(int val)
 
 void AppSettingWin::onRunAsAdminChecked()
 {
-    // The stored choice has no widget, and the program asks for no privileges.
+    // No widget uses this slot, and the program never asks for administrator rights.
 }
 
 void AppSettingWin::onRunOnStartUpChecked()

@@ -5,26 +5,26 @@
 class Ui_AppSettingWin;
 
 /**
- * The settings window. Every change goes to the settings store the moment it is made; closing the window
- * only hides it.
+ * The settings window. Every change is stored at once. Closing the window only hides it.
  */
 class AppSettingWin : public QDialog
 {
     Q_OBJECT
 
 public:
-    /** Builds the window, hidden, with the stored settings in its widgets. Stores nothing. */
+    /** Builds the window, hidden, and loads the stored settings into its widgets. Stores nothing. */
     explicit AppSettingWin(QWidget* parent);
 
-    /** Stores nothing more: every change was stored as it was made. */
+    /** Deletes the form. Stores nothing. */
     ~AppSettingWin() override;
 
-    /** Copies the stored settings into the widgets; values out of a widget's range stay in the store. */
+    /** Copies the stored settings into the widgets. A value outside a widget's range stays in the store. */
     void loadSavedSettings();
 
     /**
-     * Fills the port list anew when the window is opened: AutoPort, then the ports that are present. This
-     * puts the stored port back to AutoPort. Being shown again by the window system is not opening.
+     * Fills the port list when the window is opened: AutoPort, then the ports that are present. This sets the
+     * stored port to AutoPort. Does nothing if only the window system shows the window again, for example
+     * after it was minimised.
      */
     void showEvent(QShowEvent* event) override;
 

@@ -18,13 +18,13 @@ bool AppSettingsPlace::eventFilter(QObject* watched, QEvent* event)
         return QObject::eventFilter(watched, event);
 
     settings->removeEventFilter(this);
-    // Both windows have the same frame.
+    // The settings window's frame is not known yet. Assume that it is as wide as the main window's.
     const QRect screen = controller->windowHandle()->screen()->availableGeometry();
     const QRect own = controller->frameGeometry();
     const int width = settings->width() + own.width() - controller->width();
     const bool fitsAtTheRight = own.x() + own.width() + width <= screen.x() + screen.width();
     const int offset = fitsAtTheRight ? own.width() : qMax(screen.x() - own.x(), -width);
-    // Not by move(): on X11 Qt forgets the frame of a hidden window.
+    // Do not use move(): on X11 Qt does not know the frame of a hidden window.
     settings->setGeometry({controller->geometry().topLeft() + QPoint(offset, 0), settings->size()});
     return false;
 }

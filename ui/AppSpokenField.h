@@ -5,9 +5,9 @@
 class QLineEdit;
 
 /**
- * Makes a screen reader speak of an empty field that gets the focus by Tab. Qt selects the text first and
- * tells of the cursor before it tells of the focus; Orca then stays silent. An empty field has no text to
- * select, so this lets it get the focus without that.
+ * Makes a screen reader announce an empty field that gets the focus by Tab. On Tab, QLineEdit selects its
+ * text and so reports the cursor before it reports the focus; Orca then stays silent. An empty field has no
+ * text to select, so this class gives it the focus without selecting.
  */
 class AppSpokenField : public QObject
 {

@@ -9,11 +9,12 @@
 AppSpokenStatus::AppSpokenStatus(QLabel* label)
     : statusLabel(label)
 {
-    // A screen reader may have asked for the label already, while a box was open at the start.
+    // If an error box was open during the start, a screen reader may already have created an interface for
+    // the label. Replace it.
     QAccessibleInterface* earlier = QAccessible::queryAccessibleInterface(label);
     QAccessible::deleteAccessibleInterface(QAccessible::uniqueId(earlier));
     QAccessible::registerAccessibleInterface(new QAccessibleWidget(label, QAccessible::Notification));
-    // The main window has connected earlier, so it has set the text when these slots run.
+    // The main window connected its slots earlier, so it has set the text before these slots run.
     connect(vantrelApp()->serial, SIGNAL(onDeviceConnected()), this, SLOT(speak()));
     connect(vantrelApp()->serial, SIGNAL(onDeviceDisconnected()), this, SLOT(speak()));
     if (!label->text().isEmpty())

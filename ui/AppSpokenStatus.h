@@ -5,16 +5,16 @@
 class QLabel;
 
 /**
- * Has a screen reader speak the status each time that the link connects or disconnects. For assistive
- * software the label is a notification, which is read aloud as soon as it is shown; from Qt 6.8 on it is an
- * announcement.
+ * Makes a screen reader read the status aloud when the link connects or disconnects. The label gets the
+ * accessible role of a notification, which a screen reader reads aloud when it is shown. With Qt 6.8 or later
+ * an announcement event is sent instead.
  */
 class AppSpokenStatus : public QObject
 {
     Q_OBJECT
 
 public:
-    /** Speaks the text of this label, which the main window sets before. */
+    /** Announces the text of this label. The main window sets it before. */
     explicit AppSpokenStatus(QLabel* label);
 
 private slots:

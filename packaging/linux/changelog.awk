@@ -1,4 +1,4 @@
-# Turns CHANGELOG.md into the changelog that Debian's tools read.
+# Converts CHANGELOG.md into a Debian changelog.
 /^## / {
     finish_entry()
     version = $2
