@@ -178,7 +178,8 @@ private slots:
         Desk desk({{"isstartuppreset", true}});
         desk.find<QPushButton>("settingsBtn")->click();
         auto* combo = desk.find<QComboBox>(list.constData());
-        combo->addItem("one more");
+        // The chosen entry is neither the first nor the last, where the strips are.
+        combo->addItems({"one more", "another"});
         combo->setCurrentIndex(1);
 
         combo->showPopup();
