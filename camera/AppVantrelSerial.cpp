@@ -311,8 +311,7 @@ void AppVantrelSerial::collectReplyByte(char byte)
         return;
 
     if (replyIndex == ReplyCapacity - 1 && byte != Terminator) {
-        // Too long for a reply. Clear its storage and use it again, so that a flood of bytes needs no memory.
-        std::fill_n(replyBuffer, ReplyStorageSize, '\0');
+        // Too long for a reply. Use its storage again, so that a flood of bytes needs no memory.
         replyIndex = NoReply;
         return;
     }
