@@ -1,7 +1,7 @@
 // Feeds the camera link's reply reader with any bytes in any chunks, over a real serial line, and compares
 // every line that it logs with what a second, plain reader makes of the same bytes.
 //
-// The front of an input is the byte stream. Its end, read backwards, has the sizes of the chunks; the last
+// An input begins with the byte stream. The sizes of the chunks are read from its end backwards; the last
 // chunk takes the rest. A size of zero disconnects and connects again.
 
 #include "PseudoTerminal.h"
@@ -26,8 +26,8 @@ QStringList logged;
 
 } // namespace
 
-// Instead of the whole program, the link gets a store without a file, whose log stays in memory, and an
-// application object without a window. An error box is a failure.
+// Replaces the rest of the program: a store without a file, whose log stays in memory, and an application
+// object without a window. An error box is a failure.
 
 AppSettingsManager::AppSettingsManager()
     : settings(nullptr)

@@ -1,9 +1,9 @@
-// Feeds the simulated camera with any bytes in any chunks at any times, and compares what it takes for frames
-// with what a second, plain reader makes of the same bytes. It answers each frame for it and nothing else,
-// and it stops answering when nothing more arrives.
+// Feeds the simulated camera with any bytes in any chunks at any times, and compares the frames that it reads
+// with those of a second, plain reader. The camera must answer each frame for it and nothing else, and stop
+// answering when nothing more arrives.
 //
-// The front of an input is the byte stream. Its end, read backwards, says how the camera starts, and for each
-// chunk its size, how often it comes, and the pause after it; the last chunk takes the rest.
+// An input begins with the byte stream. How the camera starts, and for each chunk its size, its repeats and
+// the pause after it, is read from the end backwards; the last chunk takes the rest.
 
 #include "ViscaCamera.h"
 
@@ -19,9 +19,9 @@ using Time = ViscaCamera::Time;
 constexpr char FrameEnd = '\xFF';
 constexpr int LongestFrame = 16;
 constexpr Time FrameTimeout{1000};
-// A command has two.
+// A command gets an ACK and a completion.
 constexpr int MostRepliesToAFrame = 2;
-// Replies that still come when nothing more arrives: to the queue, and to two movements.
+// Replies that still come when nothing more arrives: to a full queue, and to two movements.
 constexpr int MostRepliesAtTheEnd = 64 * MostRepliesToAFrame + 2;
 
 constexpr std::size_t LargestChunk = 64;
@@ -29,7 +29,7 @@ constexpr int MostChunks = 8;
 constexpr int MostRepeats = 20;
 constexpr int LongestPauseMs = 3000;
 
-// Reads as a camera does, without regard to speed and memory.
+// A second reader of frames, plain, slow and without a limit of memory.
 class PlainReader
 {
 public:
@@ -38,7 +38,8 @@ public:
     {
     }
 
-    // Takes a chunk. `pieces` is what it completes, `frames` how many of these the camera must answer.
+    // Takes a chunk. Afterwards `pieces` has what it completes, and `frames` how many of these the camera
+    // answers.
     void take(const QByteArray& chunk, Time now)
     {
         pieces.clear();
@@ -88,13 +89,13 @@ private:
     Time lastByteAt{0};
 };
 
-// Checks what happened in the camera; returns the number of replies and adds what arrived to `pieces`.
+// Checks the camera's events. Returns the number of replies, and appends what it has read to `pieces`.
 int look(const std::vector<Event>& events, QList<QByteArray>& pieces)
 {
     int replies = 0;
     for (const Event& event : events) {
         if (event.words.isEmpty())
-            qFatal("something without words: %s", event.bytes.toHex(' ').constData());
+            qFatal("an event without words: %s", event.bytes.toHex(' ').constData());
         if (event.kind != Event::Kind::Reply) {
             pieces.append(event.bytes);
             continue;
@@ -102,7 +103,7 @@ int look(const std::vector<Event>& events, QList<QByteArray>& pieces)
         ++replies;
         if (event.bytes.size() < 3 || event.bytes.size() > LongestFrame || !event.bytes.endsWith(FrameEnd) ||
             event.bytes.indexOf(FrameEnd) != event.bytes.size() - 1)
-            qFatal("no reply: %s", event.bytes.toHex(' ').constData());
+            qFatal("not a valid reply: %s", event.bytes.toHex(' ').constData());
     }
     return replies;
 }
@@ -149,7 +150,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         replies += look(camera.receive(chunk, now), pieces);
         model.take(chunk, now);
         if (pieces != model.pieces)
-            qFatal("the camera took %s for something else", chunk.toHex(' ').constData());
+            qFatal("the camera reads other frames than the model in %s", chunk.toHex(' ').constData());
         frames += model.frames;
         checkPosition(camera);
         now += pause;

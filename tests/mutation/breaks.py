@@ -1,23 +1,23 @@
 """Makes breaks of the sources: small changes, each of which a test should notice.
 
-The operators in C++. A header, which has constants only, gets those below the line:
+The operators in C++. Headers have constants only, and get only the operators below the line:
 
-    statement    a statement or the label of a case is gone
+    statement    a statement or a case label is removed
     condition    a condition is negated
     ---
-    comparison   == becomes !=, < becomes <=, and the other way round
+    comparison   == becomes !=, < becomes <=, > becomes >=, and the other way round
     logic        && becomes ||, and the other way round
     boolean      true becomes false, and the other way round
-    number       a number is greater by one
-    text         a text, or the name of a signal or slot, has another letter
-    element      an element of a list of three or more in braces is gone
+    number       a number is increased by one
+    text         a letter of a text, or of the name of a signal or slot, is changed
+    element      an element of a list of three or more in braces is removed
 
-In a form booleans, numbers and texts are broken likewise, and
+In a form booleans, numbers and texts are broken in the same way, and
 
-    enumeration  an orientation or a size policy is another one
-    name         a widget, layout or action has another name; those that C++ uses are left to the compiler
-    rule         a declaration of a style sheet is gone
-    order        an item stands after the next one
+    enumeration  an orientation or a size policy is changed
+    name         a widget, layout or action is renamed, unless C++ uses its name: then the compiler notices
+    rule         a declaration of a style sheet is removed
+    order        an item changes places with the next one
 """
 
 import dataclasses
@@ -27,7 +27,7 @@ import re
 
 @dataclasses.dataclass(frozen=True)
 class Break:
-    """One change: in the text of a file, what is from "begin" to "end" becomes "new"."""
+    """One change: the part of a file's text from "begin" to "end" becomes "new"."""
     file: str
     text: str
     operator: str
@@ -60,7 +60,7 @@ OPPOSITES = [("comparison", "==", "!="), ("comparison", "<", "<="), ("comparison
 EXCHANGED = {**{one: (operator, other) for operator, one, other in OPPOSITES},
              **{other: (operator, one) for operator, one, other in OPPOSITES}}
 
-# The statements that can be left out: calls, assignments, jumps, deletions. A declaration begins with two words.
+# The statements that can be removed: calls, assignments, jumps, deletions. A declaration begins with two words.
 STATEMENT = re.compile(r"(?:emit |new |delete |delete\[\] )?[\w:]+(?:<[\w*]+>)?(?:->|\.|\(|\[|;| = |\+\+)|\+\+|--")
 
 

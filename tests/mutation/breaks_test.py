@@ -121,7 +121,7 @@ class BreaksTest(unittest.TestCase):
     def test_a_header_is_broken_in_its_constants(self):
         self.assertCountEqual(made({"window.h": HEADER}), HEADER_BREAKS)
 
-    def test_a_form_is_broken_but_in_the_names_that_cpp_uses(self):
+    def test_a_form_is_broken_except_in_the_names_that_cpp_uses(self):
         self.assertCountEqual(made({"window.cpp": "ui->slider;", "window.ui": FORM}), FORM_BREAKS)
 
     def test_a_break_is_shown_as_a_diff(self):

@@ -1,4 +1,4 @@
-"""Builds the program and its tests once, and then again only what a break changes."""
+"""Builds the program and its tests once, and then only what a break changes."""
 
 import json
 import os
@@ -14,8 +14,8 @@ ROOT = HERE.parents[1]
 # The program without its main(). The program itself and every test link it.
 LIBRARY = "libvantrel_program.so"
 
-# The tests that are asked. Those of the simulated camera notice no break of the program. Those of the built program as a
-# whole take seconds each; they are left to ./test.
+# The tests that are run. Left out are those of the simulated camera, which notice no break of the program, and those of
+# the whole built program, which take seconds each.
 ASKED = ["-R", "Test$", "-LE", "simulator|system"]
 
 # Three times as fast as the usual one.
@@ -30,7 +30,7 @@ class RunStops(Exception):
 
 
 class DoesNotBuild(Exception):
-    """The compiler refuses the break, or makes the same code of it as without."""
+    """The break does not compile, or it compiles to the same code as the original."""
 
 
 def is_done(command, **options):
@@ -113,7 +113,7 @@ class Build:
         return output
 
     def _precompiled(self, name):
-        """The option that includes a precompiled header, with all headers of others that an object includes."""
+        """The option that includes a precompiled header with all system and library headers of an object."""
         header = self.folder / "precompiled" / f"{name}.h"
         with self._precompiling:
             if not header.exists():

@@ -1,5 +1,5 @@
-# Included by project(). The program's objects become a shared library. So a break of them reaches every test, and the
-# program that tests start, without linking any of these again.
+# Included by project(). Makes a shared library of the program's objects. So every test, and the program that tests start,
+# gets a break without being linked again.
 macro(add_library name kind)
     if("${name}" STREQUAL vantrel_program)
         _add_library(${name} SHARED ${ARGN})

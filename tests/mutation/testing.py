@@ -1,4 +1,4 @@
-"""Runs tests, and finds out which lines of the program each of their functions runs."""
+"""Runs tests, and finds out which lines of the program each test function runs."""
 
 import concurrent.futures
 import contextlib
@@ -16,7 +16,7 @@ import typing
 
 from building import LIBRARY, ROOT, RunStops, output_of
 
-# A test may take this many times as long with a break as without it, and these seconds more. Then it counts as failed.
+# A test counts as failed when it takes longer than this many times its usual time plus these seconds.
 PATIENCE_FACTOR = 10
 PATIENCE_S = 20
 
@@ -46,7 +46,7 @@ class Runner:
         return next((each["value"] for each in self._tests[test]["properties"] if each["name"] == name), [])
 
     def _launcher(self, test):
-        """What runs the program in the test's environment: a display, a mocked bus, or nothing."""
+        """The command that runs the test program on a display or with a mocked bus; may be empty."""
         words = self._tests[test]["command"][1:-1]
         return list(itertools.dropwhile(lambda word: "=" in word, words))
 
@@ -54,7 +54,7 @@ class Runner:
         own_environment, *words = self._tests[test]["command"][:-1]
         environment["LD_LIBRARY_PATH"] = library_folder
         if self._launcher(test):
-            # A display's libraries leak, too.
+            # The libraries of a display leak.
             environment["LSAN_OPTIONS"] = "detect_leaks=0"
         return [own_environment, *(f"{name}={value}" for name, value in environment.items()), *words, program]
 
@@ -66,12 +66,12 @@ class Runner:
     def failures(self, test, names, limit_s, program, library_folder, goes_on=False, **environment):
         """Runs functions of a test, up to the first that fails unless it goes on, and returns which fail.
 
-        A test that does not end, or ends otherwise than by its last function, is the one failure.
+        If a test does not end, or crashes, this is returned as the only failure.
         """
         with contextlib.ExitStack() as stack:
             temporary = stack.enter_context(tempfile.TemporaryDirectory())
             process = stack.enter_context(subprocess.Popen(
-                # The tests send signals. nohup and background jobs ignore some of them, and so would their children.
+                # The tests send signals. A process inherits which signals are ignored, e.g. from nohup.
                 ["env", "--default-signal",
                  *self._command(test, program, library_folder, TMPDIR=temporary, **environment), *names],
                 cwd=self._property(test, "WORKING_DIRECTORY"),
@@ -157,7 +157,7 @@ class Coverage:
     def functions_for(self, broken):
         """The functions that may notice a break: those that run its line, and those whose program includes its file.
 
-        A constant has no counter. Its break may be noticed by all that run a line of an object that includes its file.
+        GCC counts no constants. A break of one may be noticed by all functions that run an object including its file.
         """
         lines = {(broken.file, broken.line())}
         if not lines & self._run_lines:

@@ -43,7 +43,7 @@ double tangent(double degrees)
     return std::tan(qDegreesToRadians(degrees));
 }
 
-// A camera, its clock, which moves only when the test says so, and a window that looks at it.
+// A camera with a clock that only the test moves, and its view.
 class Desk
 {
 public:
@@ -115,7 +115,7 @@ QImage hallFrom(const ViscaCamera::Position& position)
     return picture;
 }
 
-// The share of the pixels that differ. An edge between two pixels may be drawn in the one or in the other.
+// The share of pixels that differ clearly. An edge between two pixels may be drawn in either.
 double difference(const QImage& one, const QImage& other)
 {
     constexpr int tolerance = 64;
@@ -127,7 +127,7 @@ double difference(const QImage& one, const QImage& other)
     return count / (1.0 * one.width() * one.height());
 }
 
-// Where a widget draws its texts: a picture that nothing is drawn in.
+// Records which texts a widget draws, and where. Draws nothing.
 class TextRecorder : public QImage, private QPaintEngine
 {
 public:
@@ -138,7 +138,7 @@ public:
         widget.render(this);
     }
 
-    // Whether the text is drawn around that point, give or take the rounding of letters.
+    // Whether the middle of the text is within three pixels of the point: letters are drawn at whole pixels.
     bool hasAround(const QPointF& point, const QString& text) const
     {
         return std::any_of(texts.begin(), texts.end(), [&](const std::pair<QString, QRectF>& drawn) {
@@ -309,7 +309,7 @@ private slots:
         QVERIFY(!hasMarkAt(turned, *homePoint));
         QVERIFY(hasMarkAt(turned, {mirrored ? 800 - homePoint->x() : homePoint->x(),
                                    flipped ? 450 - homePoint->y() : homePoint->y()}));
-        // Between rulers and panels, which stay as they are, and as far from each edge as from the other.
+        // The middle, without rulers and panels, which are not turned.
         const QRect between(40, 120, 720, 210);
         QVERIFY(difference(turned.copy(between), usual.mirrored(mirrored, flipped).copy(between)) < 0.02);
         QVERIFY(difference(turned.copy(between), usual.copy(between)) > 0.05);
@@ -365,7 +365,7 @@ private slots:
         QTest::newRow("tilt") << atHome << "-10" << QPointF(left, 225 + wideFocus * tangent(10));
         QTest::newRow("pan, turned") << aside << "15" << QPointF(400, top);
         QTest::newRow("tilt, turned") << aside << "30" << QPointF(left, 225);
-        // A pan by five degrees brings it to the middle.
+        // This mark is five degrees of pan from the middle.
         QTest::newRow("beside the middle")
             << aside << "20"
             << QPointF(400 + wideFocus * tangent(5) * std::cos(qDegreesToRadians(30.0)), top);
@@ -550,13 +550,13 @@ private slots:
         QVERIFY(picture.pixelColor(straightAhead) != amber);
     }
 
-    void nothingWakesWhileTheCameraStandsStill()
+    void nothingIsDrawnWhileTheCameraStandsStill()
     {
         Desk desk;
         QVERIFY(QTest::qWaitForWindowExposed(&desk.view));
         QVERIFY(!desk.isAwake());
 
-        // A command that moves nothing shows itself and leaves it at that.
+        // A command that moves nothing is shown once.
         desk.carryOut(store1);
         QTRY_VERIFY(!desk.isAwake());
         PaintCounter paints(&desk.view);
@@ -567,7 +567,7 @@ private slots:
         QCOMPARE(paints.count, 0);
     }
 
-    void itDrawsWhileTheCameraMovesAndRestsAfterwards()
+    void itDrawsOnlyWhileTheCameraMoves()
     {
         Desk desk;
         QVERIFY(QTest::qWaitForWindowExposed(&desk.view));
@@ -580,7 +580,7 @@ private slots:
         QVERIFY(!desk.camera.isMoving());
     }
 
-    void itRestsAtTheEndOfTheRange()
+    void itDrawsNoMoreAtTheEndOfTheRange()
     {
         Desk desk;
         desk.carryOut(driveUp);

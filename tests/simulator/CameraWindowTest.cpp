@@ -23,7 +23,7 @@ void CameraWindowTest::theCameraEndsWithItsWindow()
     CameraProgram camera({"--view"});
     const QStringList close{"search",         "--onlyvisible", "--name", "^Simulated camera$",
                             "windowactivate", "key",           "alt+F4"};
-    // The window may not be there yet, and the window manager may be there before it listens to keys.
+    // Try again until it works: the window may not be open yet, or the window manager may not take keys yet.
     QVERIFY(QTest::qWaitFor(
         [&] {
             QProcess::execute("xdotool", close);

@@ -1,5 +1,5 @@
-// Holds every dialogue in simulator/dialogues/ with the simulated camera, on a clock that moves only while it
-// is waited for: each with a camera of its own, and one after another with the same one.
+// Holds every dialogue in simulator/dialogues/ with the simulated camera and a simulated clock: each with a
+// camera of its own, and one after another with the same camera.
 
 #include "Conversation.h"
 #include "FramePattern.h"
@@ -29,7 +29,7 @@ public:
     {
     }
 
-    // What came of it, with a line for each frame and answer.
+    // Holds the dialogue; returns the report, which has a line for each frame and answer.
     QStringList hold(const Dialogue& dialogue)
     {
         Conversation conversation(dialogue);
@@ -45,7 +45,7 @@ public:
         return report;
     }
 
-    // All that the camera tells about itself, and how far it can go.
+    // The answers to all inquiries, and the ends of pan and tilt.
     QList<QByteArray> state()
     {
         QList<QByteArray> answers{ask(QByteArray::fromHex("81 09 06 12 ff"))};
@@ -121,7 +121,7 @@ private slots:
         for (const QFileInfo& file : files)
             QCOMPARE(dialogues[file.completeBaseName()].read(file.filePath()), QString());
         QVERIFY(!dialogues.isEmpty());
-        // The other options are not tried here.
+        // This test starts cameras with this option only.
         for (const Dialogue& dialogue : std::as_const(dialogues))
             QVERIFY(dialogue.cameraOptions.isEmpty() || dialogue.cameraOptions == QStringList("--strict"));
     }
@@ -148,7 +148,7 @@ private slots:
             QCOMPARE(rehearsal.state(), before);
             ++held;
         }
-        QVERIFY2(held > 0, "there is a camera that answers like this");
+        QVERIFY2(held > 0, "the dialogue is for no camera");
     }
 
     void allAreHeldWithOneCameraInAnyOrder_data()
@@ -182,7 +182,7 @@ private slots:
         QVERIFY(rehearsal.camera.presets().isEmpty());
     }
 
-    void whatACameraKeepsIsSaidInTheHead()
+    void theHeadNamesWhatTheCameraKeeps()
     {
         const char* const keeping[] = {"88 30 0p FF",
                                        "8x 01 04 00 02 FF",

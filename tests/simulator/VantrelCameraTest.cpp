@@ -42,7 +42,7 @@ public:
         QCOMPARE(write(descriptor, bytes.constData(), static_cast<std::size_t>(bytes.size())), bytes.size());
     }
 
-    // All that has come so far, in hexadecimal.
+    // All bytes received so far, in hexadecimal.
     QByteArray received()
     {
         std::array<char, 4096> buffer;
@@ -91,14 +91,14 @@ class VantrelCameraTest : public QObject
 
 private slots:
 
-    void answersAndTellsEachFrameAndReply_data()
+    void answersAndPrintsEachFrameAndReply_data()
     {
         QTest::addColumn<QStringList>("options");
         QTest::newRow("alone") << QStringList();
         QTest::newRow("with a view") << QStringList("--view");
     }
 
-    void answersAndTellsEachFrameAndReply()
+    void answersAndPrintsEachFrameAndReply()
     {
         QFETCH(QStringList, options);
         CameraProgram camera(options);
@@ -111,7 +111,7 @@ private slots:
                                   "<- FF 90  no frame, ignored", ackLine, completionLine}));
     }
 
-    void anUnfinishedFrameIsSaid()
+    void printsAnUnfinishedFrame()
     {
         CameraProgram camera;
         Controller(camera.path()).send("81 01 06 04");
@@ -186,19 +186,6 @@ private slots:
         QTRY_COMPARE(camera.lines("-> 90 51 FF").size(), 2);
         controller.send("81 09 06 12 ff");
         QTRY_VERIFY(camera.lines().constLast().endsWith("pan 0.0, tilt 0.0 degrees"));
-    }
-
-    void repliesLeftUnreadAreGoneForTheNext()
-    {
-        CameraProgram camera;
-        for (const int replies : {3, 5}) {
-            Controller(camera.path()).send(driveUp);
-            QTRY_COMPARE(camera.lines("->").size(), replies);
-        }
-        QTest::qWait(100);
-        Controller next(camera.path());
-        next.send("81 09 04 00 ff");
-        QTRY_COMPARE(next.received(), QByteArray("90 50 02 ff"));
     }
 
     void linkLeadsToTheCamera()
@@ -305,7 +292,7 @@ private slots:
 
     void hangsUpAndComesBackAtTheSameLinkAndPosition()
     {
-        LinkedCamera desk({"--hang-up-after", "0.8", "--come-back-after", "0.3"});
+        LinkedCamera desk({"--hang-up-after", "2", "--come-back-after", "0.3"});
         QTRY_COMPARE(desk.camera.lines().size(), 3);
         {
             Controller controller(desk.link);
@@ -321,13 +308,13 @@ private slots:
         QCOMPARE(QFileInfo(desk.link).symLinkTarget(), newPath);
         Controller controller(desk.link);
         controller.send("81 09 06 12 ff");
-        // It drove for the time of one video frame, 17 ms: three steps up.
+        // Between drive and stop was one video frame, 17 ms: three steps up.
         QTRY_COMPARE(controller.received(), QByteArray("90 50 00 00 00 00 00 00 00 03 ff"));
     }
 
     void endsWhenItCannotComeBack()
     {
-        LinkedCamera desk({"--hang-up-after", "0.2", "--come-back-after", "0.5"});
+        LinkedCamera desk({"--hang-up-after", "0.2", "--come-back-after", "2"});
         QTRY_VERIFY(desk.camera.lines().contains("Hung up"));
         QVERIFY(QDir(desk.folder.path()).mkdir("camera"));
         QCOMPARE(desk.camera.exitStatus(), 1);
@@ -335,7 +322,7 @@ private slots:
                  QString("vantrel-camera: %1 exists and is not a link\n").arg(desk.link));
     }
 
-    void helpAndVersionAreTold_data()
+    void helpAndVersionArePrinted_data()
     {
         QTest::addColumn<QString>("option");
         QTest::addColumn<QString>("told");
@@ -347,7 +334,7 @@ private slots:
                                  << "vantrel-camera ";
     }
 
-    void helpAndVersionAreTold()
+    void helpAndVersionArePrinted()
     {
         QFETCH(QString, option);
         QFETCH(QString, told);
@@ -383,7 +370,6 @@ private slots:
         row("argument", {"COM1"}, "unexpected argument \"COM1\"");
         row("value for a switch", {"--strict=yes"}, "Unexpected value after '--strict'");
         row("no value", {"--late"}, "Missing value after '--late'");
-        row("no longer there", {"--noise"}, "Unknown option 'noise'");
         row("late not a number", {"--late", "soon"},
             "--late takes a whole number from 0 to 600000, not \"soon\"");
         row("late negative", {"--late=-1"}, "--late takes");

@@ -31,7 +31,7 @@ private:
 
 } // namespace
 
-/** Numbers and texts that nobody should ever give. */
+/** Preset numbers out of range, and random texts in the number field. */
 class BadInputSoak : public QObject
 {
     Q_OBJECT

@@ -22,7 +22,7 @@ QString connectText(const Desk& desk)
 
 } // namespace
 
-/** The adapter is pulled and plugged in again, many times. */
+/** What a pulled adapter costs: processor time, files and memory. */
 class DeviceLossSoak : public QObject
 {
     Q_OBJECT

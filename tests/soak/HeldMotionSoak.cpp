@@ -12,8 +12,8 @@
 
 namespace {
 
-/** What can happen around two motion buttons, Right and Zoom In. "At once": with the time stamp of the event
- * before. */
+/** What can happen around two motion buttons, Right and Zoom In. "AtOnce" events have the time stamp of the
+ * event before. */
 enum Event
 {
     PressRight,
@@ -45,7 +45,7 @@ enum Event
 
 using Sequence = QVector<int>;
 
-/** What a user has under the fingers. */
+/** What a user holds down. */
 struct Held
 {
     bool can(int event) const
@@ -109,15 +109,15 @@ class Hands
 public:
     Hands()
     {
-        // What the program does on X11 only.
+        // The program itself has it on X11 only.
         if (QGuiApplication::platformName() != "xcb")
             repeats.emplace(window());
-        // Nothing of this is seen.
+        // Drawing would only take time.
         window()->setUpdatesEnabled(false);
         begin();
     }
 
-    /** Does it, and looks at what the camera makes of it. Empty if all is well. */
+    /** Does one thing and checks how the camera moves. Returns what is wrong, or "". */
     QString doIt(int event)
     {
         const int starts = motors[0].starts + motors[1].starts;
@@ -136,7 +136,7 @@ public:
         return trouble();
     }
 
-    /** Does them in a row, up to the first trouble. */
+    /** Does one after another, up to the first trouble. */
     QString doAll(const Sequence& sequence)
     {
         QString found;
@@ -147,7 +147,7 @@ public:
         return found;
     }
 
-    /** Lets go of everything, and makes ready for the next sequence. */
+    /** Lets go of everything before the next sequence. */
     QString begin()
     {
         QString trouble;
@@ -156,15 +156,15 @@ public:
                 trouble = doIt(event);
         }
         if (trouble.isEmpty() && (motors[0].isMoving || motors[1].isMoving))
-            trouble = "the camera moves on alone";
+            trouble = "the camera moves though nothing is held";
         if (trouble.isEmpty() && !haveAllFramesArrived())
-            trouble = "the line had other frames than the log has commands";
+            trouble = "the frames on the line are not those of the commands in the log";
         QApplication::setActiveWindow(window());
         find("rightBtn")->setFocus();
         return trouble;
     }
 
-    /** The program ends, whatever is held. */
+    /** Ends the program, with whatever is held. */
     QString quit()
     {
         repeats.reset();
@@ -230,7 +230,7 @@ private:
             return passTime();
         default:
             disturb(event);
-            // The platform tells of its part only now.
+            // Let the platform report the change of windows first.
             QCoreApplication::processEvents();
             QApplication::setActiveWindow(window());
             return takeAway();
@@ -265,7 +265,7 @@ private:
         }
     }
 
-    // Whatever was held is held no more.
+    // Nothing that was held counts any more.
     void takeAway()
     {
         isMouseHolding = false;
@@ -291,7 +291,7 @@ private:
         QApplication::sendEvent(pressed, &event);
     }
 
-    // As Qt makes it of the X server's: the release and the press of a repeat have one time.
+    // As with Qt on X11, the release and the press of a repeat have the same time stamp.
     void key(QEvent::Type type, Qt::Key key, ulong timestamp) const
     {
         QKeyEvent event(type, key, Qt::NoModifier);
@@ -299,7 +299,7 @@ private:
         QApplication::sendEvent(focus() ? focus() : window(), &event);
     }
 
-    // All timers up to 25 ms come due.
+    // Fires all timers of up to 25 ms.
     void passTime() const
     {
         const auto timers = window()->findChildren<QTimer*>();
@@ -341,7 +341,7 @@ private:
         };
         for (const bool zoom : {false, true}) {
             if (motors[zoom ? 1 : 0].isMoving && !isHeld(zoom) && !isReleaseWaiting)
-                return "the camera moves on alone";
+                return "the camera moves though nothing is held";
         }
         return {};
     }
@@ -392,7 +392,7 @@ private:
 
 QString described(const Sequence& sequence)
 {
-    // In the order of the events.
+    // In the order of enum Event.
     static const QStringList known =
         QString(
             "press Right, press Zoom In, let go, drag off, drag on, Space down, Space up, Space up at once, "
@@ -405,7 +405,7 @@ QString described(const Sequence& sequence)
     return names.join(", ");
 }
 
-/** Calls `play` with each sequence of this many events, of those up to `last`, until it tells of trouble. */
+/** Calls `play` with each sequence of `length` events up to `last`, until it returns trouble. */
 template <class Play> QString walk(int length, int last, Play play, Sequence sequence = {}, Held held = {})
 {
     if (length == 0) {
@@ -422,7 +422,7 @@ template <class Play> QString walk(int length, int last, Play play, Sequence seq
 
 } // namespace
 
-/** Motion buttons are held, and anything happens meanwhile. */
+/** Motion buttons are held while other things happen. */
 class HeldMotionSoak : public QObject
 {
     Q_OBJECT
@@ -452,7 +452,7 @@ private slots:
         qInfo("%d sequences of %d events around two buttons: every motion ended in one stop", count, length);
     }
 
-    void theEndStopsWhateverIsHeld()
+    void theEndOfTheProgramStopsTheCamera()
     {
         int count = 0;
         const QString trouble = walk(rounds(2, 3), LastOfHands, [&](const Sequence& sequence) {
@@ -462,7 +462,7 @@ private slots:
             return found.isEmpty() ? hands.quit() : found;
         });
         QVERIFY2(trouble.isEmpty(), qPrintable(trouble));
-        qInfo("%d ends after as many sequences: nothing moves on", count);
+        qInfo("%d ends after as many sequences: nothing still moves", count);
     }
 };
 

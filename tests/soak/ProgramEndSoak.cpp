@@ -29,7 +29,7 @@ QPoint placeOfUp()
 
 } // namespace
 
-/** The built program ends on a screen while a pointer holds its Up button. */
+/** The built program ends on a screen while the mouse holds its Up button. */
 class ProgramEndSoak : public QObject
 {
     Q_OBJECT

@@ -53,7 +53,7 @@ private:
     QRandomGenerator random{1};
 };
 
-/** A desk whose log is read while the camera sends. */
+/** A desk whose log is compared with a model while the camera sends. */
 class Listener
 {
 public:
@@ -89,14 +89,14 @@ class ReplySoak : public QObject
 
 private slots:
 
-    void aFloodLeavesMemoryWhereItWas_data()
+    void aFloodOfRepliesLeaksNoMemory_data()
     {
         QTest::addColumn<bool>("tooLong");
         QTest::newRow("replies") << false;
         QTest::newRow("replies that are too long") << true;
     }
 
-    void aFloodLeavesMemoryWhereItWas()
+    void aFloodOfRepliesLeaksNoMemory()
     {
         QFETCH(bool, tooLong);
         const int count = rounds(20000, 1000000);
@@ -119,7 +119,7 @@ private slots:
         QCOMPARE(listener.desk.user.texts(), QStringList());
     }
 
-    void anyBytesInAnyChunksGiveTheirLines()
+    void anyBytesInAnyChunksAreLoggedAsExpected()
     {
         const int count = rounds(200 * 1000, 10 * 1000 * 1000);
         Listener listener;
@@ -129,7 +129,7 @@ private slots:
             size = bytes.upTo(300);
             QCOMPARE(listener.hear(bytes.noise(size)), QString());
         }
-        qInfo("%d bytes of noise: %lld replies in them, every line as foreseen", sent,
+        qInfo("%d bytes of noise: %lld replies in them, every entry as expected", sent,
               listener.model.replyCount());
         QVERIFY(listener.model.replyCount() > 0);
         QCOMPARE(listener.desk.user.texts(), QStringList());

@@ -215,7 +215,7 @@ private:
     rlimit before{};
 };
 
-/** Changes every setting again and again, and says after each round which generation is in the file. */
+/** Changes every setting again and again, and prints after each round which generation is in the file. */
 int changeSettings(int argc, char** argv)
 {
     QCoreApplication app(argc, argv);
@@ -234,7 +234,7 @@ int changeSettings(int argc, char** argv)
     }
 }
 
-/** The generation of the settings in the file; -1 if they are not all of the same. */
+/** The generation of the settings in the file; -1 if they are not all of one generation. */
 int generationIn(const QString& file)
 {
     const QSettings settings(file, QSettings::IniFormat);
@@ -261,7 +261,7 @@ private slots:
     void aDamagedFileStartsTheProgramWithWhatItStillHolds()
     {
         const int count = rounds(60, 10000);
-        // Under a name of its own: damaged, it is the name of no other terminal of this machine.
+        // Use a link: a damaged name of a pseudo-terminal could be that of another one on this machine.
         const CameraEnd camera;
         const QTemporaryDir devices;
         const QString port = devices.filePath("camera");
@@ -306,13 +306,13 @@ private slots:
                      qPrintable(QString("%1 was reported, %2 found").arg(reported).arg(found)));
             changes = found - FirstGeneration;
 
-            // The next writer would wait 30 seconds for the owner of such a lock.
+            // Counted because the next writer waits 30 seconds for the owner of such a lock.
             if (QFileInfo::exists(lock) && contentOf(lock).isEmpty())
                 ++emptyLocks;
         }
         qInfo("killed %d times during %d changes of the settings: the file was whole each time; the lock was "
-              "left "
-              "without its owner %d times",
+              "left without "
+              "its owner %d times",
               count, changes, emptyLocks);
         QVERIFY(changes > count);
     }
@@ -332,7 +332,7 @@ private slots:
     }
 
 #if QT_VERSION_MAJOR < 6
-    // Qt 6 takes every file for UTF-8, and this one cannot be turned into it.
+    // Qt 6 reads every file as UTF-8.
     void aReadOnlyFileThatIsNotUtf8IsReadAsLatin1()
     {
         StoreAlone store;

@@ -35,7 +35,7 @@ public:
         }
     }
 
-    /** The memory that a press of Home keeps until the program ends: its timer belongs to the link. */
+    /** The memory that a press of Home keeps until the program ends, since its timer belongs to the link. */
     qint64 heapPerHome()
     {
         const Memory before = Memory::now();
@@ -135,7 +135,7 @@ private:
         expect("Call Preset" + QString::number(preset), "81 01 04 3f 02 " + hex(preset) + " ff");
     }
 
-    // Connect again at once, so that the second command of Home finds the port open.
+    // Connects again at once: the second command of Home needs the open port.
     void reconnect()
     {
         click("connectBtn");
@@ -143,7 +143,7 @@ private:
         ++connects;
     }
 
-    // Zooming out at full speed has the same frame as the second command of Home.
+    // Never zoom speed 7: zooming out would have the frame of Home's second command.
     void changeSettings()
     {
         desk.settings()->setPanSpeed(panSpeed = random.bounded(1, 19));
@@ -184,7 +184,7 @@ private:
         while (!desk.camera.pending().isEmpty()) {
             const QByteArray frame = desk.camera.nextFrame();
             if (frame != FullWide)
-                return "sent \"" + frame + "\" for nothing";
+                return "sent \"" + frame + "\" without a press";
             ++homeViews;
         }
         return {};
@@ -227,14 +227,14 @@ private:
 
 } // namespace
 
-/** A working day, as fast as the program can take it. */
+/** The button presses of a working day, without pauses. */
 class WorkingDaySoak : public QObject
 {
     Q_OBJECT
 
 private slots:
 
-    void everyFrameArrivesOnceAndEveryLineIsLogged()
+    void everyFrameArrivesOnceAndEveryEntryIsLogged()
     {
         const int presses = rounds(1000, 100 * 1000);
         const int warmUp = presses / 10;

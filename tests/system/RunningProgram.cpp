@@ -13,7 +13,7 @@ RunningProgram::RunningProgram(const QString& path, const QStringList& arguments
     QProcessEnvironment all = QProcessEnvironment::systemEnvironment();
     all.insert("DBUS_SESSION_BUS_ADDRESS", "disabled:");
     all.insert("QT_FATAL_WARNINGS", "1");
-    // Qt asks Wayland to activate windows, and warns that it cannot.
+    // Qt warns that it cannot activate windows on Wayland.
     all.insert("QT_LOGGING_RULES", "qt.qpa.wayland.warning=false");
     for (auto variable = environment.begin(); variable != environment.end(); ++variable)
         all.insert(variable.key(), variable.value());

@@ -4,15 +4,15 @@
 #include <QProcess>
 
 /**
- * A built program in a process of its own, in the account, with the serial ports and with the look of this
- * process. A warning of Qt ends it.
+ * A built program in a process of its own. It has the account, the serial ports and the look of this process.
+ * A warning of Qt ends it.
  */
 class RunningProgram
 {
 public:
     using Variables = QMap<QString, QString>;
 
-    /** @param environment what it has besides the environment of this process */
+    /** @param environment variables in addition to those of this process */
     explicit RunningProgram(const QString& path = VANTREL_PATH, const QStringList& arguments = {},
                             const Variables& environment = {});
 
@@ -21,15 +21,15 @@ public:
     Q_DISABLE_COPY(RunningProgram)
 
     /**
-     * Waits until the program has ended by itself.
+     * Waits until the program has ended.
      *
-     * @return empty if it ended with success, or what happened and what it said
+     * @return empty if it ended with success, or the exit code and what it printed
      */
     QString troubleAtExit();
 
     qint64 id() const { return process.processId(); }
 
-    /** What it has said so far. */
+    /** What it has printed so far. */
     QString output();
 
     /** Whether the running program has this file or device open. */

@@ -18,7 +18,7 @@ constexpr char RegistryService[] = "org.a11y.atspi.Registry";
 constexpr char ActionInterface[] = "org.a11y.atspi.Action";
 constexpr char EventInterface[] = "org.a11y.atspi.Event.Object";
 
-// A busy machine takes its time to start a program.
+// Starting a program on a busy machine takes a while.
 constexpr int PatienceMs = 10000;
 
 struct Action
@@ -50,7 +50,7 @@ AccessibleObject senderOf(const QDBusMessage& message)
     return {message.service(), QDBusObjectPath(message.path())};
 }
 
-/** What a control has told. */
+/** What a control has reported. */
 QStringList told(const QVector<QPair<AccessibleObject, QString>>& all, const AccessibleObject& control)
 {
     QStringList ofControl;
@@ -159,7 +159,7 @@ AccessibilityBus::AccessibilityBus()
     }
     sessionBus = QString::fromLocal8Bit(daemon.readLine()).trimmed();
 
-    // Whoever asks first has the accessibility bus started.
+    // The first call starts the accessibility bus.
     const QDBusReply<QString> address =
         QDBusConnection::connectToBus(sessionBus, SessionConnection)
             .call(QDBusMessage::createMethodCall("org.a11y.Bus", "/org/a11y/bus", "org.a11y.Bus",
@@ -190,7 +190,7 @@ void AccessibilityBus::listen()
     bus.connect({}, {}, EventInterface, "StateChanged", this, SLOT(onStateChange(QDBusMessage)));
     bus.connect({}, {}, EventInterface, "TextCaretMoved", this, SLOT(onCursorMove(QDBusMessage)));
     bus.connect({}, {}, EventInterface, "Announcement", this, SLOT(onAnnouncement(QDBusMessage)));
-    // Programs tell only what somebody wants to hear.
+    // Programs send only the events that somebody has registered for.
     for (const char* event :
          {"object:property-change:accessible-name", "object:state-changed:focused",
           "object:state-changed:showing", "object:text-caret-moved", "object:announcement"}) {

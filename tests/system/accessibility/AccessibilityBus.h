@@ -10,13 +10,13 @@ class QDBusArgument;
 class QDBusMessage;
 
 /**
- * Something on the accessibility bus: a program, a window or a control. Each question goes to the program, by
- * the D-Bus interfaces of AT-SPI; what is gone gives empty answers.
+ * A program, a window or a control on the accessibility bus. Each call asks the program over the D-Bus
+ * interfaces of AT-SPI; an object that is gone gives empty answers.
  */
 class AccessibleObject
 {
 public:
-    /** Nothing: what a search that failed the test gives. */
+    /** No object: the result of a search that has failed. */
     AccessibleObject() = default;
 
     AccessibleObject(const QString& programsService, const QDBusObjectPath& objectPath)
@@ -39,16 +39,17 @@ public:
 
     bool isEnabled() const { return hasState(Enabled); }
 
-    /** All inside that has a name or an action, in a screen reader's order; not the choices of a list. */
+    /** Everything inside with a name or an action, in a screen reader's order; not the choices of a list. */
     QVector<AccessibleObject> controls() const;
 
     /** Waits for a control; after ten seconds the test fails. */
     AccessibleObject find(const QString& role, const QString& name) const;
 
-    /** Asks for one of its actions, whose effects follow; the test fails if it has no such action. */
+    /** Starts one of its actions and does not wait for the effects; the test fails if there is no such
+     * action. */
     void act(const QString& action) const;
 
-    /** Replaces the text of a field; the test fails if that takes none. */
+    /** Replaces the text of a field; the test fails if it takes no text. */
     void enter(const QString& text) const;
 
     bool operator==(const AccessibleObject& other) const
@@ -73,9 +74,9 @@ private:
 };
 
 /**
- * A session bus and its accessibility bus, as a login starts them, and somebody who listens on the latter.
- * Needs a display, and a PrivateProfile before it, for the buses leave files in the account; there is one at
- * a time.
+ * A session bus and its accessibility bus, as a login starts them, and a listener on the latter. Needs a
+ * display, and a PrivateProfile made before it, since the buses leave files in the account. There may be one
+ * at a time.
  */
 class AccessibilityBus : public QObject
 {
@@ -92,17 +93,17 @@ public:
     /** Waits for a program to come to the bus; after ten seconds the test fails. */
     AccessibleObject program(const QString& name) const;
 
-    /** From now on, hears what programs tell without being asked. */
+    /** From now on, records the events that programs send. */
     void listen();
 
-    /** The names that a control was given since listen(), in order. */
+    /** The names that a control has got since listen(), in order. */
     QStringList newNames(const AccessibleObject& control) const;
 
-    /** What programs had screen readers say since listen(), in order: notifications shown, and announcements.
-     */
+    /** What screen readers were to say since listen(), in order: notifications shown, and announcements. */
     QStringList announcements() const { return announced; }
 
-    /** Of what a control told since listen(), in order: "focus" when it got it, "cursor" when that moved. */
+    /** What a control has reported since listen(), in order: "focus" for getting it, "cursor" for its moves.
+     */
     QStringList movesOf(const AccessibleObject& control) const;
 
 private slots:

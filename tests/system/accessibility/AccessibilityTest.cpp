@@ -32,7 +32,7 @@ constexpr char ByMenu[] = "ShowMenu, Press";
 constexpr char BySteps[] = "SetFocus, Increase, Decrease";
 constexpr char ByFocus[] = "SetFocus";
 
-/** What a control tells. A list's name is its present choice, so its description tells what it is for. */
+/** What a control reports. The name of a list is its present choice; its description says what it is for. */
 struct Control
 {
     const char* role;
@@ -86,7 +86,7 @@ constexpr Control SettingsControls[] = {
     {Slider, "Zoom Speed", BySteps},
 };
 
-/** A user of assistive software: a fresh account, a camera on the line, and the program, connected to it. */
+/** A fresh account, a camera on the line, and the program, connected to it and used over the bus. */
 class Workplace
 {
 public:
@@ -94,8 +94,8 @@ public:
     {
         profile.store("comport", camera.portName());
 
-        // Being asked about a box that has just closed, or that the display has not shown yet, is no fault of
-        // the program.
+        // Qt warns when it is asked about a box that has just closed or is not shown yet. The program cannot
+        // avoid that.
         process.emplace(
             VANTREL_PATH, QStringList(),
             RunningProgram::Variables{
@@ -142,7 +142,7 @@ template <std::size_t Count> QStringList lines(const Control (&table)[Count])
     return lines;
 }
 
-/** What every control of a window tells, in the form of the tables' lines. */
+/** What every control of a window reports, in the form of the tables above. */
 QStringList told(const AccessibleObject& window)
 {
     QStringList lines;
@@ -156,15 +156,15 @@ QStringList told(const AccessibleObject& window)
 
 } // namespace
 
-/** The program as assistive software meets it: over the accessibility bus, without picture, mouse and
- * keyboard. */
+/** The program as assistive software uses it: over the accessibility bus, without screen, mouse and keyboard.
+ */
 class AccessibilityTest : public QObject
 {
     Q_OBJECT
 
 private slots:
 
-    void everyControlOfTheMainWindowTellsWhatItIs()
+    void everyControlOfTheMainWindowSaysWhatItIs()
     {
         const Workplace place;
         QStringList expected = lines(MainControls);
@@ -173,7 +173,7 @@ private slots:
         QCOMPARE(told(place.find(Window, MainTitle)), expected);
     }
 
-    void everySettingTellsWhatItIs()
+    void everySettingSaysWhatItIs()
     {
         const Workplace place;
 
@@ -194,7 +194,7 @@ private slots:
         QCOMPARE(place.camera.nextFrame(), recallPreset(9));
     }
 
-    void aNamedPresetTellsItsNumberAndItsName()
+    void aPresetsButtonHasThePresetsName()
     {
         Workplace place;
 
@@ -236,7 +236,7 @@ private slots:
         QTRY_COMPARE(place.stored("zoomspeed"), QString("5"));
     }
 
-    void aChangeOfTheConnectionIsTold()
+    void aChangeOfTheConnectionIsAnnounced()
     {
         Workplace place;
         const AccessibleObject status = place.find(Notification, place.connectedText());
@@ -252,7 +252,7 @@ private slots:
         QTRY_COMPARE(place.bus.announcements(), expected);
     }
 
-    void anEmptyFieldTellsOfNothingButItsFocus()
+    void anEmptyFieldReportsOnlyItsFocus()
     {
         Workplace place;
         place.bus.listen();

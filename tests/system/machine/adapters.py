@@ -107,7 +107,7 @@ class Adapter:
             self.connection = None
 
     def write(self, data):
-        """To QEMU, if the adapter is plugged in."""
+        """Sends to QEMU, if the adapter is plugged in."""
         try:
             if self.connection:
                 self.connection.sendall(data)
@@ -160,10 +160,10 @@ VENDOR_CLASS = 0xFF
 
 
 class PlayedAdapter(Adapter):
-    """An adapter whose chip is simulated here. `baud_rate` is what the driver has set."""
+    """An adapter whose chip is simulated here. `baud_rate` is the rate that the driver has set."""
 
     driver = "usb-redir"
-    # Each packet to the machine begins with these.
+    # The first bytes of each packet to the machine.
     packet_begin = b""
     baud_rate = 0
 

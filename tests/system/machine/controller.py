@@ -6,7 +6,7 @@ MAIN, SETTINGS, BOX = "Vantrel Controller", "Settings", "Vantrel"
 PROFILE = "~/.local/share/Vantrel"
 LOG = PROFILE + "/app.log"
 PULLED = "Input/output error"
-# The controller may use this much of a processor while nothing happens. A loss that it does not notice takes all of it.
+# The controller may use this much of a processor while nothing happens. With a loss that it does not notice it uses 100 %.
 CALM_PERCENT = 10
 
 
@@ -42,7 +42,7 @@ class Controller:
         return button, line
 
     def place(self, name, title=MAIN):
-        """The middle of a control, once it no longer moves: a new text may change the layout a moment later."""
+        """The middle of a control, once the control no longer moves: a new text may change the layout a little later."""
         seen = []
 
         def stands_still():
@@ -113,7 +113,7 @@ class Controller:
     def expect_disconnected(self):
         wait_for(lambda: self.status() == ("Connect", "Device disconnected"), f"disconnected, and not {self.status()}")
         if self.open_ports() or self.locks():
-            raise Failure(f"still there: {self.open_ports()} {self.locks()}")
+            raise Failure(f"still open or locked: {self.open_ports()} {self.locks()}")
 
     def expect_loss(self):
         """Expects one box about a pulled adapter, answers it, and expects the controller to be disconnected."""

@@ -55,7 +55,10 @@ class JsonLine:
 
 
 class Machine:
-    """The constructor boots it. `folder` has the sockets and logs, `guest` the disk, `host` becomes /host inside."""
+    """A virtual machine, booted by the constructor.
+
+    `folder` has the sockets and logs, `guest` the disk; `host` is /host inside.
+    """
 
     def __init__(self, guest, host, folder):
         self.folder = folder
@@ -102,7 +105,7 @@ class Machine:
         return answer["return"]
 
     def try_order(self, command, **arguments):
-        """The same where QEMU may refuse; returns whether it succeeded."""
+        """Gives QEMU a command that it may refuse; returns whether it succeeded."""
         return "return" in self.ask_qemu(command, arguments)
 
     def ask_qemu(self, command, arguments):
@@ -125,7 +128,7 @@ class Machine:
         return output.strip()
 
     def try_run(self, command):
-        """The same where the command may fail; returns whether it succeeded."""
+        """Runs a command that may fail; returns whether it succeeded."""
         return self.ask({"run": command})[0] == 0
 
     def suspend_and_wake(self):

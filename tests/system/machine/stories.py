@@ -1,4 +1,4 @@
-"""What a user with a real adapter does and sees. Each story is checked inside the virtual machine and at the camera.
+"""What a user with an adapter does and sees. Each story is checked inside the virtual machine and at the camera.
 
 Started by tests/system/machine/run, which says how.
 """
@@ -327,7 +327,7 @@ def suspended_and_woken(desk):
     adapter = desk.adapter(FtdiX)
     controller = desk.connected("AUTO")
     desk.machine.suspend_and_wake()
-    # The kernel removes the adapter and adds it again. The controller still has the old port, so the new name is another.
+    # The kernel removes the adapter and adds it again, under another name: the controller still has the old port open.
     controller.expect_loss()
     port = desk.machine.run("udevadm settle; basename /dev/ttyUSB*")
     controller.click("Connect")

@@ -13,7 +13,7 @@ CopyingApplication::CopyingApplication()
     qputenv("QT_SCALE_FACTOR", "1");
     application.emplace(count, arguments);
     QApplication::setStyle("fusion");
-    // What a program has where no desktop says otherwise.
+    // The font that a program has by default, without a desktop's settings.
     QApplication::setFont(QFont("Sans Serif", 9));
 }
 
@@ -62,7 +62,7 @@ void SettingsCopy::setSpeeds(int pan, int tilt, int zoom)
     zoomSpeedLabel->setText(QString("Zoom Speed(%1)").arg(zoom));
 }
 
-void giveKeyboardTo(QWidget* control)
+void giveFocusTo(QWidget* control)
 {
     control->activateWindow();
     QVERIFY(QTest::qWaitForWindowActive(control->window()));

@@ -11,9 +11,8 @@
 #include <optional>
 
 /**
- * The application object behind the copies. It gives this process, and the program when it is started from
- * here, one look on every machine: one font, one style, one resolution. What this process shows is seen by
- * nobody.
+ * The application object behind the copies. It gives this process, and programs started from here, the same
+ * look on every machine: one font, one style, one resolution. This process draws offscreen.
  */
 class CopyingApplication
 {
@@ -30,12 +29,12 @@ private:
 };
 
 /**
- * The main window's form in this process, in the same font and style: as the program lays it out and draws
- * it. So it tells where the controls are, and how they look, with every version of Qt.
+ * The main window's form in this process, in the program's font and style. With every version of Qt
+ * it is laid out and drawn as the program's window is.
  */
 struct MainWindowCopy : Ui_AppMainWin
 {
-    /** What tells whether the camera is connected. */
+    /** The texts that say whether the camera is connected. */
     struct State
     {
         const char* connectButton;
@@ -46,7 +45,7 @@ struct MainWindowCopy : Ui_AppMainWin
     static constexpr State Disconnected{"Connect", "Device disconnected"};
     static constexpr State NeverConnected{"Connect", ""};
 
-    /** @param first the state in which the program starts, which decides how wide the window is at least */
+    /** @param first the state in which the program starts; its status text may widen the window */
     explicit MainWindowCopy(const State& first);
 
     void show(const State& state);
@@ -66,5 +65,5 @@ struct SettingsCopy : Ui_AppSettingWin
     QDialog dialog;
 };
 
-/** Gives a control of a copy the keyboard of this process, as it has that of the program. */
-void giveKeyboardTo(QWidget* control);
+/** Gives a control of a copy the focus of this process, as the program's control has it there. */
+void giveFocusTo(QWidget* control);

@@ -10,8 +10,8 @@
 #include <memory>
 
 /**
- * The display that the program is shown on, with the mouse and the keyboard in front of it: what a person
- * sees and does, on X11 and on Wayland. A window is known by an identifier.
+ * The display that shows the program, with a mouse and a keyboard: what a person sees and does, on X11 and on
+ * Wayland. Windows are named by identifiers.
  */
 class Desktop
 {
@@ -36,7 +36,7 @@ public:
     /** What the screen shows where the window is. */
     virtual QImage pictureOf(const QString& window) = 0;
 
-    /** Brings the window to the front and gives it the keyboard. */
+    /** Brings the window to the front and gives it the focus. */
     virtual void activate(const QString& window) = 0;
 
     /** Takes the window off the screen until it is activated. */
@@ -50,15 +50,15 @@ public:
      */
     virtual void pointAt(const QPoint& place, const QString& window = {}) = 0;
 
-    /** Presses a button of the mouse down, and lets it go. */
+    /** Presses a button of the mouse, or releases it. */
     virtual void pressMouse(Qt::MouseButton button = Qt::LeftButton) = 0;
     virtual void releaseMouse(Qt::MouseButton button = Qt::LeftButton) = 0;
 
-    /** Presses the left button and lets it go at once: a menu takes a slow click for two. */
+    /** Presses and releases the left button at once: a menu takes a slow click for two clicks. */
     virtual void clickMouse() = 0;
 
     /**
-     * Presses keys and lets each go, one after the other, in the window that has the keyboard.
+     * Presses and releases keys, one after the other, in the window that has the focus.
      *
      * @param keys the names of X11's key symbols, e.g. {"Tab", "alt+F4"}
      */
@@ -68,11 +68,11 @@ public:
     virtual void holdKey(const QString& key) = 0;
     virtual void releaseKey(const QString& key) = 0;
 
-    /** Releases a key and holds another, both in one report of the keyboard. */
+    /** Releases a key and presses another at the same moment. */
     virtual void changeKeys(const QString& from, const QString& to) = 0;
 };
 
-/** The display of this process: that on which the platform in QT_QPA_PLATFORM shows the program. */
+/** The display on which the program is shown, as QT_QPA_PLATFORM says. */
 Desktop& desktop();
 
 /** An X server with a window manager. */

@@ -15,14 +15,14 @@
 
 namespace {
 
-// A pixel differs when one of its colours is off by more than a shade. Of every small square a share of the
-// pixels may differ: enough for another way of smoothing the letters, too little for a missing word, another
-// symbol, or an edge that has moved by three pixels.
+// A pixel differs if one of its colours differs by more than this distance. In every small square a share of
+// the pixels may differ: enough for letters that are smoothed otherwise, too little for a missing word,
+// another symbol, or an edge that has moved by three pixels.
 constexpr int MostColourDistance = 12;
 constexpr int SquareSize = 16;
 constexpr int MostDifferingPercent = 6;
 
-// A look that is being stored for the first time has nothing to be waited for.
+// A new picture cannot be compared with a stored one. So give the window this time to settle.
 constexpr int SettleMs = 600;
 
 constexpr char Folder[] = SOURCE_DIR "/tests/system/screenshots/";
@@ -46,7 +46,7 @@ QString presentSystem()
     return QString("Qt %1 on %2").arg(qVersion(), QSysInfo::prettyProductName());
 }
 
-// What stands beside the pictures that were made on a system.
+// The README.md beside pictures that were made on this system.
 QByteArray readmeOf(const QString& system)
 {
     return QString("The windows as tests/system/renew-screenshots has stored them, with\n\n"
@@ -94,8 +94,7 @@ QString differenceBetween(const QImage& seen, const QImage& expected)
     return {};
 }
 
-// Waits until the comparison finds no difference; what is seen in the end is else kept as a file of this
-// name.
+// Waits until the comparison finds no difference. If one remains, keeps what is seen as a file of this name.
 QString lastingDifference(const QString& name, const Window& window,
                           const std::function<QString(const QImage& seen)>& compare)
 {
@@ -140,7 +139,7 @@ QString imageOf(const QString& button)
     return found == std::end(ImageButtons) ? QString() : found->image;
 }
 
-// Where a control is seen: around the image of an image button there is nothing.
+// The part of a control that is drawn: of an image button only the image.
 QRect seenArea(const Window& window, const QWidget* control)
 {
     const QRect area = window.areaOf(control);

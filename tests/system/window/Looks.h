@@ -15,22 +15,22 @@ class QWidget;
 QString differenceFromCopy(const Window& window, QWidget* copy);
 
 /**
- * Waits until a window looks like its stored picture, screenshots/<name>.png, where that tells anything: with
- * the Qt and on the system in screenshots/README.md. Elsewhere it is left out.
+ * Waits until a window looks like its stored picture, screenshots/<name>.png. The pictures are compared only
+ * with the Qt and on the system that screenshots/README.md names.
  *
- * With RENEW_SCREENSHOTS in the environment the window's present look is stored instead.
+ * With RENEW_SCREENSHOTS in the environment, stores the window's present look instead.
  *
- * @return empty, or what differs after five seconds; the window as it looks is then in screenshots/ below the
- *         current folder
+ * @return empty, or what differs after five seconds; what the window shows then is saved in screenshots/ in
+ * the current folder
  */
 QString differenceFromPicture(const QString& name, const Window& window);
 
-/** Empty where the stored pictures are compared, or why they are left out. */
+/** Why the stored pictures are not compared; empty if they are. */
 QString whyPicturesAreLeftOut();
 
 /**
- * What a button or a slider's handle shows by its image or its colour: "at rest", "under the pointer" or
- * "pressed"; else what it shows instead.
+ * The state that a button or a slider's handle shows by its image or its colour: "at rest", "under the
+ * pointer" or "pressed"; otherwise a description of what it shows.
  *
  * @param control the widget of the window's copy
  */

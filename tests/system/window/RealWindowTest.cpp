@@ -70,7 +70,7 @@ void dismissBox()
     QTRY_VERIFY(!box.isOnScreen());
 }
 
-/** Opens a list and clicks a choice; the first one has the row 0, and ten are shown. */
+/** Opens a list and clicks a choice: row 0 is the first, and ten are shown. */
 void choose(const Window& settings, QComboBox* menu, int row)
 {
     constexpr int frame = 1;
@@ -81,8 +81,8 @@ void choose(const Window& settings, QComboBox* menu, int row)
     QTRY_VERIFY(!popup.isOnScreen());
 }
 
-/** Presses Tab in the program and in the copy of its window, and checks that the next control, and no other,
- * shows that it has the keyboard. */
+/** Presses Tab in the program and in the copy of its window, and checks that both look the same, and so show
+ * the same focus. */
 void tabToTheNextControl(const Window& window)
 {
     desktop().pressKeys({"Tab"});
@@ -91,7 +91,7 @@ void tabToTheNextControl(const Window& window)
     QVERIFY_LOOKS_LIKE(window, QApplication::focusWidget()->window());
 }
 
-/** Drags a slider's handle, in the copy and in the program, as far as it goes. */
+/** Drags a slider's handle in the program to where it is at this value in the copy. */
 void drag(const Window& settings, QSlider* slider, int toValue)
 {
     settings.press(slider);
@@ -100,7 +100,7 @@ void drag(const Window& settings, QSlider* slider, int toValue)
     desktop().releaseMouse();
 }
 
-/** Holds Up, sees that it stays down until it is let go, and lets it go. */
+/** Presses Up, checks that it stays pressed until it is released, and releases it. */
 void holdUp(Workplace& place)
 {
     place.window->press(place.main.upBtn);
@@ -111,7 +111,7 @@ void holdUp(Workplace& place)
     QCOMPARE(place.received(1), QByteArrayList{Stop});
 }
 
-/** What takes the controller's window away from the user who holds Up. */
+/** What interrupts a user who holds Up. */
 using Interruption = void (*)(const Workplace& place);
 
 void pressTab(const Workplace& /*place*/)
@@ -141,7 +141,7 @@ void minimise(const Workplace& place)
 Q_DECLARE_METATYPE(Interruption)
 
 /**
- * The program as its user meets it: started, seen and steered from outside. After a change of the looks,
+ * The program as its user sees it: started, seen and steered from outside. After a change of its looks,
  * tests/system/renew-screenshots stores the pictures anew; look at them before you keep them.
  */
 class RealWindowTest : public QObject
@@ -235,7 +235,7 @@ private slots:
         place.window->click(place.main.connectBtn);
         pointAway();
         place.main.show(MainWindowCopy::Disconnected);
-        giveKeyboardTo(place.main.connectBtn);
+        giveFocusTo(place.main.connectBtn);
         QVERIFY_LOOKS_LIKE(*place.window, &place.main.window);
         QVERIFY_LOOKS_AS_STORED("main-disconnected", *place.window);
         place.window->click(place.main.preset1Btn);
@@ -305,12 +305,12 @@ private slots:
         QCOMPARE(place.received(afterwards.size()), afterwards);
     }
 
-    void anotherKeyThatComesAsTheSpaceBarGoesStops()
+    void releasingTheSpaceBarWithAnotherKeyPressedStops()
     {
         Workplace place;
         desktop().pressKeys({"Tab", "Tab", "Tab"});
 
-        // Both events have one time stamp most times, not always.
+        // Mostly, but not always, both events have the same time stamp. So try several times.
         for (int i = 0; i < 8; ++i) {
             desktop().holdKey("space");
             QCOMPARE(place.received(1), QByteArrayList{Up});
@@ -367,7 +367,7 @@ private slots:
         desktop().releaseMouse();
         desktop().releaseKey("space");
 
-        // The menu goes.
+        // Closes the menu.
         desktop().pressKeys({"Escape"});
         place.window->activate();
         place.window->click(place.main.preset9Btn);
@@ -469,7 +469,7 @@ private slots:
         copy.setSpeeds(18, 1, 7);
         QVERIFY_LOOKS_LIKE(settings, &copy.dialog);
         QVERIFY_LOOKS_AS_STORED("settings-changed", settings);
-        // Opening the settings has put the port back to automatic detection, and nothing else.
+        // Opening the settings has changed only the port, back to automatic detection.
         expected.replaceInStrings(place.port, "AUTO");
         QTRY_COMPARE(place.allStored(), expected);
     }
@@ -489,14 +489,14 @@ private slots:
         QCOMPARE(place.stored("comport"), place.port);
     }
 
-    void theFirstPressInAnotherWindowCounts_data()
+    void theFirstPressInAnotherWindowActs_data()
     {
         QTest::addColumn<bool>("comesFromAnotherProgram");
         QTest::newRow("from the other window") << false;
         QTest::newRow("from another program") << true;
     }
 
-    void theFirstPressInAnotherWindowCounts()
+    void theFirstPressInAnotherWindowActs()
     {
         QFETCH(bool, comesFromAnotherProgram);
         Workplace place;
@@ -541,7 +541,7 @@ private slots:
         Workplace place;
         QCOMPARE(place.quit(), QString());
         place.bus.unplug(place.port);
-        // A name of this test's own: another program that tries the same port at the same moment locks it.
+        // Use a port name of this test alone: another program that opens the same port would lock it.
         place.profile.store("comport", place.port);
 
         place.program.emplace();
@@ -553,7 +553,7 @@ private slots:
         QVERIFY_LOOKS_LIKE(*place.window, &unconnected.window);
         QVERIFY_LOOKS_AS_STORED("main-no-camera", *place.window);
 
-        // Opening the settings puts the port to automatic detection.
+        // Opening the settings changes the port to automatic detection.
         place.window->click(unconnected.settingsBtn);
         const Window settings = place.openedSettings({place.port});
         desktop().pressKeys({"Escape"});
@@ -561,7 +561,7 @@ private slots:
         place.plugCamera();
         place.window->click(unconnected.connectBtn);
         pointAway();
-        giveKeyboardTo(place.main.connectBtn);
+        giveFocusTo(place.main.connectBtn);
         QVERIFY_LOOKS_LIKE(*place.window, &place.main.window);
     }
 
@@ -579,7 +579,7 @@ private slots:
         QVERIFY(!Window::isOnScreen(BoxTitle));
         pointAway();
         place.main.show(MainWindowCopy::Disconnected);
-        giveKeyboardTo(place.main.upBtn);
+        giveFocusTo(place.main.upBtn);
         QVERIFY_LOOKS_LIKE(*place.window, &place.main.window);
 
         CameraEnd cameraAgain;
@@ -588,7 +588,7 @@ private slots:
         QTRY_COMPARE(place.log(), QStringList({"MoveUp", "MoveStop", place.port}));
         pointAway();
         place.main.show(MainWindowCopy::Connected);
-        giveKeyboardTo(place.main.connectBtn);
+        giveFocusTo(place.main.connectBtn);
         QVERIFY_LOOKS_LIKE(*place.window, &place.main.window);
         place.window->click(place.main.preset2Btn);
         QCOMPARE(cameraAgain.nextFrame(), recallPreset(2));
@@ -634,17 +634,17 @@ private slots:
         }
     }
 
-    void everyMainControlShowsThatItHasTheKeyboard()
+    void everyMainControlShowsThatItHasTheFocus()
     {
         Workplace place;
-        giveKeyboardTo(place.main.centralWidget);
+        giveFocusTo(place.main.centralWidget);
 
         for (int control = 0; control < 22 && !QTest::currentTestFailed(); ++control)
             tabToTheNextControl(*place.window);
         QCOMPARE(QApplication::focusWidget(), place.main.setBtn);
     }
 
-    void everySettingShowsThatItHasTheKeyboard()
+    void everySettingShowsThatItHasTheFocus()
     {
         Workplace place;
         const Window settings = place.openSettingsWithoutPorts();
@@ -654,7 +654,7 @@ private slots:
         pointAway();
         place.settings->startUpPresetCheck->setChecked(true);
         place.settings->startUpPresetCombo->setEnabled(true);
-        giveKeyboardTo(place.settings->startUpPresetCheck);
+        giveFocusTo(place.settings->startUpPresetCheck);
 
         for (int control = 0; control < 10 && !QTest::currentTestFailed(); ++control)
             tabToTheNextControl(settings);

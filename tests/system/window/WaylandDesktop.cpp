@@ -22,7 +22,7 @@
 
 namespace {
 
-// What popups are known by here; sway knows its windows by numbers.
+// Begins the identifier of a popup; sway identifies its windows by numbers.
 constexpr char PopupPrefix[] = "popup ";
 
 /** A window as sway lists it. */
@@ -42,7 +42,7 @@ struct Key
     uint modifier;
 };
 
-// The modifiers are bits of the keymap.
+// The modifiers are bits of the keymap below.
 constexpr Key Keys[] = {
     {"shift", KEY_LEFTSHIFT, 1},
     {"alt", KEY_LEFTALT, 8},
@@ -68,7 +68,7 @@ constexpr Key Keys[] = {
     {"s", KEY_S, 0},
 };
 
-// Ordinary keys; sway has the files that are named here.
+// An ordinary keyboard; the included files come with xkb.
 constexpr char Keymap[] = "xkb_keymap {\n"
                           "xkb_keycodes { include \"evdev+aliases(qwerty)\" };\n"
                           "xkb_types { include \"complete\" };\n"
@@ -90,7 +90,7 @@ uint milliseconds()
     return static_cast<uint>(QDeadlineTimer::current(Qt::PreciseTimer).deadline());
 }
 
-/** What sway offers of this process's needs. */
+/** The objects of sway that this process uses. */
 struct Globals
 {
     wl_seat* seat = nullptr;
@@ -153,8 +153,7 @@ QString numberOf(const QString& argument)
 
 /**
  * The compositor sway. It lists its windows, grim takes the pictures, and the mouse and the keyboard are
- * virtual ones that this process plugs in. Menus and tooltips are in no list: what sway tells the program of
- * them is in its protocol log.
+ * virtual ones of this process. Sway does not list menus and tooltips; they are found in its protocol log.
  */
 class WaylandDesktop : public Desktop
 {
@@ -210,7 +209,7 @@ public:
 
     void activate(const QString& window) override { outputOf("swaymsg", {"[con_id=" + window + "] focus"}); }
 
-    // sway knows no minimising; its scratchpad takes a window off the screen in the same way.
+    // sway cannot minimise; its scratchpad takes a window off the screen in the same way.
     void minimise(const QString& window) override
     {
         outputOf("swaymsg", {"[con_id=" + window + "] move scratchpad"});
@@ -219,8 +218,8 @@ public:
     void pointAt(const QPoint& place, const QString& window) override
     {
         const QPoint onScreen = window.isEmpty() ? place : areaOf(window).topLeft() + place;
-        // As a hand moves it, the pointer comes from somewhere beside: Qt does not look at where it enters a
-        // window.
+        // Enter the window one pixel beside and move from there: Qt ignores the place at which the pointer
+        // enters.
         moveMouse(onScreen - QPoint(1, 0));
         moveMouse(onScreen);
     }
@@ -278,14 +277,14 @@ private:
         waitForSway();
     }
 
-    // Until it has done everything that it was asked for.
+    // Waits until sway has carried out all requests.
     void waitForSway()
     {
         if (wl_display_roundtrip(display) < 0)
             qFatal("sway has gone");
     }
 
-    // On the screen.
+    // The area of a window on the screen.
     QRect areaOf(const QString& window) const
     {
         const bool isPopup = window.startsWith(PopupPrefix);
@@ -308,7 +307,8 @@ private:
         waitForSway();
     }
 
-    // Whether that is a change: a real button does not go up twice.
+    // Notes whether a key or button is held. Returns whether that is a change: a real one is not released
+    // twice.
     bool remember(uint code, bool isHeld)
     {
         const bool wasHeld = held.contains(code);
@@ -358,8 +358,7 @@ private:
         }
     }
 
-    // Follows the newest popup from the surface that is made for it to its end; a program that starts has
-    // none.
+    // Follows the newest popup from its creation to its end. A program that has just started has none.
     void follow(const QString& line)
     {
         // E.g. "[2365959.457]  -> xdg_popup@45.configure(128, 0, 111, 192)"; newer ones write xdg_popup#45.

@@ -11,7 +11,7 @@ namespace {
 
 constexpr int AppearMs = 10000;
 
-// Of the widget in its window.
+// The area of a widget in its window.
 QRect areaInWindow(const QWidget* widget)
 {
     return {widget->mapTo(widget->window(), QPoint(0, 0)), widget->size()};
@@ -59,7 +59,7 @@ bool Window::isOnScreen() const
 void Window::activate() const
 {
     desktop().activate(id);
-    // A minimised window is active already while it is still on its way back.
+    // A minimised window becomes active before it is on the screen again.
     QTRY_VERIFY(isOnScreen());
 }
 
@@ -70,7 +70,7 @@ void Window::minimise() const
 
 QRect Window::areaOf(const QWidget* control) const
 {
-    // The copy's layout needs its time, too.
+    // The copy may still be at its layout.
     const QWidget* copy = control->window();
     if (!QTest::qWaitFor([&] { return desktop().sizeOf(id) == copy->size(); })) {
         const QString sizes = sizeText(desktop().sizeOf(id)) + ", its copy's " + sizeText(copy->size());

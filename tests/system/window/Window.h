@@ -10,9 +10,9 @@
 class QWidget;
 
 /**
- * A window of the running program on the desktop(). Where its controls are is known from a copy of it in this
- * process: a place is given by a widget of the copy, which stands for where one presses it, or in pixels from
- * the upper left corner of the window's content.
+ * A window of the running program on the desktop(). A copy of it in this process tells where its controls
+ * are. So a place is given as a widget of the copy, or in pixels from the upper left corner of the window's
+ * content.
  */
 class Window
 {
@@ -20,8 +20,7 @@ public:
     /** Waits until a window with exactly this title is on the screen; after ten seconds the test fails. */
     explicit Window(const QString& title);
 
-    /** Waits until a menu or a tooltip is on the screen, which has no title; after ten seconds the test
-     * fails. */
+    /** Waits until a menu or a tooltip is on the screen; after ten seconds the test fails. */
     static Window popup();
 
     static bool isOnScreen(const QString& title);
@@ -30,14 +29,13 @@ public:
     /** Brings the window to the front and waits until it is there. */
     void activate() const;
 
-    /** Takes the window off the screen as its minimise button does. */
+    /** Minimises the window. */
     void minimise() const;
 
-    /** Where this window has what its copy has there; the test fails unless both have the same size. */
+    /** The area of a control in this window; the test fails unless window and copy have the same size. */
     QRect areaOf(const QWidget* control) const;
 
-    /** Where one presses the control: on the box of a check box, the handle of a slider, the middle of any
-     * other. */
+    /** Where to press a control: on the box of a check box, on the handle of a slider, else in its middle. */
     QPoint spotOf(const QWidget* control) const;
 
     void pointAt(const QPoint& place) const;
@@ -59,7 +57,7 @@ private:
     QString id;
 };
 
-/** Points at the corner of the screen where no window is. */
+/** Points at a corner of the screen where there is no window. */
 void pointAway();
 
 /** Types letters and digits. */

@@ -33,7 +33,7 @@ public:
         start();
     }
 
-    // What a failed test left pressed would be in the way of the next one.
+    // Releases what a failed test has left pressed.
     ~Workplace()
     {
         desktop().releaseMouse();
@@ -62,8 +62,8 @@ public:
     }
 
     /**
-     * Opens the settings by the keyboard while no port is listed: a port's name, which is another one in
-     * every run, would decide how wide its menu is.
+     * Opens the settings by the keyboard while no port is listed. A port's name differs from run to run and
+     * would change the width of its list.
      */
     Window openSettingsWithoutPorts()
     {
@@ -73,7 +73,7 @@ public:
         return openedSettings({});
     }
 
-    /** The settings that the keyboard has just opened, with these ports in the list besides AUTO. */
+    /** The settings that have just been opened, with these ports in the list besides AUTO. */
     Window openedSettings(const QStringList& ports)
     {
         settings.emplace(ports);
@@ -82,7 +82,7 @@ public:
         return opened;
     }
 
-    /** Closes the main window by its key; returns what troubleAtExit() does. */
+    /** Closes the main window by Alt+F4; returns what troubleAtExit() does. */
     QString quit()
     {
         window->activate();

@@ -14,7 +14,7 @@ struct Free
     void operator()(void* reply) const { std::free(reply); }
 };
 
-/** What the server answers; nothing if it refuses, because the window has gone. */
+/** An answer of the server; null if it refuses, because the window is gone. */
 template <class Type> using Reply = std::unique_ptr<Type, Free>;
 
 constexpr char ProgramClass[] = "^Vantrel$";
@@ -29,11 +29,11 @@ QString xdotool(const QStringList& arguments)
     return QString::fromLocal8Bit(outputOf("xdotool", arguments)).trimmed();
 }
 
-// The windows on the screen that match, one identifier a line.
+// The windows on the screen that match, one identifier in each line.
 QString search(const QStringList& conditions)
 {
     QString found;
-    // A window that goes while xdotool looks at it ends the search.
+    // If a window closes while xdotool looks at it, the search fails; repeat it.
     do
         found = xdotool(QStringList{"search", "--onlyvisible"} + conditions);
     while (found.contains("BadWindow"));
