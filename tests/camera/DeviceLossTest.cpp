@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr char Lost[] = "Connect, Device disconnected, closed, told once, onDeviceDisconnected";
+constexpr char Lost[] = "Connect, Device disconnected, closed, boxes: 1, onDeviceDisconnected";
 
 void click(const Desk& desk, const char* button)
 {
@@ -55,11 +55,11 @@ constexpr int StaleErrors[] = {0, EAGAIN, EIO, ENXIO};
 // What the window shows, whether the port is open, how many boxes there were, and the link's signals.
 QString stateOf(Desk& desk, const LinkSignals& heard)
 {
-    const auto told = desk.user.boxes().size() + MessageBoxWatcher::openCount();
+    const auto boxes = desk.user.boxes().size() + MessageBoxWatcher::openCount();
     return QStringList({desk.find<QPushButton>("connectBtn")->text(),
                         desk.find<QStatusBar>("statusBar")->findChild<QLabel*>()->text(),
-                        desk.link()->isConnected() ? "open" : "closed",
-                        told == 1 ? QString("told once") : QString("told %1 times").arg(told), heard.names()})
+                        desk.link()->isConnected() ? "open" : "closed", QString("boxes: %1").arg(boxes),
+                        heard.names()})
         .join(", ");
 }
 
@@ -101,9 +101,9 @@ private slots:
             const int staleError = StaleErrors[round / 2 % 4];
             connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake, this,
                     [staleError] { errno = staleError; });
-            QString whileTold;
+            QString duringTheBox;
             desk.user.whenOpen(
-                [&] { whileTold = (desk.link()->isConnected() ? "open" : "closed") + heard.names(); });
+                [&] { duringTheBox = (desk.link()->isConnected() ? "open" : "closed") + heard.names(); });
             for (int step = 0; step < before; ++step)
                 Story[step].take(desk);
 
@@ -118,7 +118,7 @@ private slots:
                 QCoreApplication::processEvents();
             QCOMPARE(stateOf(desk, heard), Lost);
             QCOMPARE(desk.user.texts(), QStringList(lineIsGone()));
-            QCOMPARE(whileTold, "closed");
+            QCOMPARE(duringTheBox, "closed");
             QVERIFY(!desk.find<QPushButton>("upBtn")->isDown());
             const QStringList log = desk.profile.log();
             QCOMPARE(log.count("MoveStop"), log.count("MoveUp"));
@@ -142,7 +142,7 @@ private slots:
         QCOMPARE(errors, {QSerialPort::ResourceError});
     }
 
-    void adapterPulledWhileABoxIsOpenIsToldOnTopOfIt()
+    void adapterPulledWhileABoxIsOpenIsReportedOnTopOfIt()
     {
         Desk desk;
         const LinkSignals heard(desk.link());
@@ -156,7 +156,7 @@ private slots:
         QCOMPARE(desk.find<QPushButton>("connectBtn")->text(), "Connect");
     }
 
-    void adapterPulledRightBeforeDisconnectingIsNotTold()
+    void adapterPulledRightBeforeDisconnectingIsNotReported()
     {
         Desk desk;
         const LinkSignals heard(desk.link());
@@ -166,10 +166,10 @@ private slots:
         QCoreApplication::processEvents();
 
         QCOMPARE(stateOf(desk, heard),
-                 "Connect, Device disconnected, closed, told 0 times, onDeviceDisconnected");
+                 "Connect, Device disconnected, closed, boxes: 0, onDeviceDisconnected");
     }
 
-    void adapterPulledRightBeforeTheExitIsNotToldAndAHeldButtonStops()
+    void adapterPulledRightBeforeTheExitIsNotReportedAndAHeldButtonStops()
     {
         Desk desk;
         const LinkSignals heard(desk.link());
@@ -187,7 +187,7 @@ private slots:
         QCOMPARE(desk.profile.log(), QStringList({"MoveUp", "MoveStop"}));
     }
 
-    void adapterPulledAsTheStartUpPresetIsSentIsToldOnce()
+    void adapterPulledAsTheStartUpPresetIsSentIsReportedOnce()
     {
         Desk desk({{"isstartuppreset", true}, {"startuppreset", 7}});
         desk.link()->closeSerialPort();
@@ -202,7 +202,7 @@ private slots:
 
         QTRY_COMPARE(
             stateOf(desk, heard),
-            "Connect, Device disconnected, closed, told once, onDeviceConnected onDeviceDisconnected");
+            "Connect, Device disconnected, closed, boxes: 1, onDeviceConnected onDeviceDisconnected");
         QCoreApplication::processEvents();
         QCOMPARE(desk.user.boxes().size(), 1);
     }
@@ -234,14 +234,14 @@ private slots:
     {
         Desk desk;
         const LinkSignals heard(desk.link());
-        bool openWhileTold = false;
-        desk.user.whenOpen([&] { openWhileTold = desk.link()->isConnected(); });
+        bool openDuringTheBox = false;
+        desk.user.whenOpen([&] { openDuringTheBox = desk.link()->isConnected(); });
         const QString reason = portOf(desk)->errorString();
 
         emit portOf(desk)->errorOccurred(QSerialPort::ResourceError);
 
         QCOMPARE(stateOf(desk, heard), Lost);
-        QVERIFY(openWhileTold);
+        QVERIFY(openDuringTheBox);
         QCOMPARE(desk.user.texts(), QStringList(reason));
     }
 
@@ -257,7 +257,7 @@ private slots:
 
         click(desk, "connectBtn");
 
-        QCOMPARE(stateOf(desk, heard), "Connect, Device disconnected, closed, told 2 times, onDeviceError");
+        QCOMPARE(stateOf(desk, heard), "Connect, Device disconnected, closed, boxes: 2, onDeviceError");
     }
 
     void errorRepeatedWhileItsBoxIsOpenShowsOneBox()
