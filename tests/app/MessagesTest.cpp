@@ -13,7 +13,7 @@
 
 namespace {
 
-/** For its life this process has no more rights than any user; it may run as root. */
+/** While this lives, the process has the rights of an ordinary user, even if root has started it. */
 class AsAnyUser
 {
 public:
@@ -47,8 +47,8 @@ QStringList documentedMessages()
     return messages;
 }
 
-// A killed test leaves the lock of its port. Opening a port of the same name removes it, where another user
-// could not.
+// A killed test leaves the lock file of its port, which an ordinary user cannot remove. Opening the port as
+// this user removes it.
 void removeStaleLock(const CameraEnd& camera)
 {
     QSerialPort port(camera.portName());
@@ -126,7 +126,7 @@ void aStoredPreset(Desk& desk)
 
 } // namespace
 
-/** Every message that a user can meet stands in the README, and the README has no other. */
+/** The README explains every message that a user can meet. */
 class MessagesTest : public QObject
 {
     Q_OBJECT

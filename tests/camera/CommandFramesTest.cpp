@@ -22,8 +22,8 @@ QString followUpsOf(const AppVantrelSerial* link)
     return timers.join(' ');
 }
 
-// Whatever was given to the closed line stays away from the line that is open now.
-bool nothingWaitsForTheLine(Desk& desk)
+// Opens the port: no command that was given while it was closed may be sent now.
+bool nothingIsSentLater(Desk& desk)
 {
     desk.link()->openSerialPort();
     desk.link()->zoomStop();
@@ -32,19 +32,19 @@ bool nothingWaitsForTheLine(Desk& desk)
 
 } // namespace
 
-/** What each command puts on the line and into the activity log. */
+/** What each command sends and writes to the activity log. */
 class CommandFramesTest : public QObject
 {
     Q_OBJECT
 
 private slots:
 
-    void aCommandIsLoggedAndIsWrittenIfTheLineIsOpen_data()
+    void aCommandIsLoggedAndIsSentIfThePortIsOpen_data()
     {
         QTest::addColumn<Command>("command");
         QTest::addColumn<QByteArray>("frame");
-        const auto row = [](const char* logLine, Command command, const char* frame) {
-            QTest::newRow(logLine) << command << QByteArray(frame);
+        const auto row = [](const char* entry, Command command, const char* frame) {
+            QTest::newRow(entry) << command << QByteArray(frame);
         };
         row("MoveUp", &AppVantrelSerial::moveUp, "81 01 06 01 12 0e 03 01 ff");
         row("MoveDown", &AppVantrelSerial::moveDown, "81 01 06 01 12 0e 03 02 ff");
@@ -56,27 +56,27 @@ private slots:
         row("ZoomStop", &AppVantrelSerial::zoomStop, ZoomStop);
     }
 
-    void aCommandIsLoggedAndIsWrittenIfTheLineIsOpen()
+    void aCommandIsLoggedAndIsSentIfThePortIsOpen()
     {
         QFETCH(Command, command);
         QFETCH(QByteArray, frame);
-        const QString logLine = QTest::currentDataTag();
+        const QString entry = QTest::currentDataTag();
         Desk desk({{"panspeed", 18}, {"tiltspeed", 14}});
 
         (desk.link()->*command)();
 
-        QCOMPARE(desk.profile.log(), QStringList(logLine));
+        QCOMPARE(desk.profile.log(), QStringList(entry));
         QCOMPARE(desk.camera.pending(), "");
         QCOMPARE(desk.camera.nextFrame(), frame);
 
         desk.link()->closeSerialPort();
         (desk.link()->*command)();
-        QCOMPARE(desk.profile.log(), QStringList({logLine, logLine}));
-        QVERIFY(nothingWaitsForTheLine(desk));
+        QCOMPARE(desk.profile.log(), QStringList({entry, entry}));
+        QVERIFY(nothingIsSentLater(desk));
         QCOMPARE(desk.user.texts(), QStringList());
     }
 
-    void speedsGoOutUncheckedCutToAByte_data()
+    void speedsAreSentUncheckedAndCutToAByte_data()
     {
         QTest::addColumn<QVariant>("speed");
         QTest::addColumn<QByteArray>("driveByte");
@@ -97,7 +97,7 @@ private slots:
         row("no number", "fast", "00", "20", "30");
     }
 
-    void speedsGoOutUncheckedCutToAByte()
+    void speedsAreSentUncheckedAndCutToAByte()
     {
         QFETCH(QVariant, speed);
         QFETCH(QByteArray, driveByte);
@@ -114,7 +114,7 @@ private slots:
                                                 wideByte + " ff");
     }
 
-    void changedSpeedCountsForTheNextCommand()
+    void changedSpeedIsSentWithTheNextCommand()
     {
         Desk desk;
 
@@ -128,7 +128,7 @@ private slots:
         QCOMPARE(desk.camera.nextFrame(), "81 01 04 07 23 ff");
     }
 
-    void presetNumberGoesOutAsItsRemainderBy255_data()
+    void presetNumberIsSentAsItsRemainderBy255_data()
     {
         QTest::addColumn<int>("preset");
         QTest::addColumn<QByteArray>("presetByte");
@@ -139,7 +139,7 @@ private slots:
             QTest::addRow("%d", preset) << preset << QByteArray(presetByte);
     }
 
-    void presetNumberGoesOutAsItsRemainderBy255()
+    void presetNumberIsSentAsItsRemainderBy255()
     {
         QFETCH(int, preset);
         QFETCH(QByteArray, presetByte);
@@ -155,48 +155,6 @@ private slots:
         QCOMPARE(desk.user.texts(), QStringList("Preset No" + number + " is set."));
     }
 
-    void homeIsLoggedAndItsFrameWritten()
-    {
-        Desk desk;
-        desk.link()->moveHome();
-        QCOMPARE(desk.profile.log(), QStringList("Home"));
-        QCOMPARE(desk.camera.nextFrame(), Home);
-    }
-
-    void presetsOfAClosedLineAreLoggedAndConfirmedOnly()
-    {
-        Desk desk;
-        desk.link()->closeSerialPort();
-
-        desk.link()->setPreset(5);
-        desk.link()->callPreset(5);
-
-        QCOMPARE(desk.user.texts(), QStringList("Preset No5 is set."));
-        QCOMPARE(desk.profile.log(), QStringList({"Set Preset5", "Call Preset5"}));
-        QVERIFY(nothingWaitsForTheLine(desk));
-    }
-
-    void storedPresetIsOnTheLineBeforeTheMessage()
-    {
-        Desk desk;
-        QByteArray frame;
-        QStringList log;
-        bool returned = false;
-        bool returnedWhileOpen = true;
-        desk.user.whenOpen([&] {
-            frame = desk.camera.nextFrame();
-            log = desk.profile.log();
-            returnedWhileOpen = returned;
-        });
-
-        desk.link()->setPreset(5);
-        returned = true;
-
-        QCOMPARE(frame, setPreset(5));
-        QCOMPARE(log, QStringList("Set Preset5"));
-        QVERIFY(!returnedWhileOpen);
-    }
-
     void homeZoomsToTheWidestViewOneSecondLaterWhateverTheZoomSpeed()
     {
         Desk desk({{"zoomspeed", 2}});
@@ -210,7 +168,7 @@ private slots:
         QCOMPARE(timers.size(), 1);
         QCOMPARE(timers.constFirst()->interval(), HomeZoomDelayMs);
         QVERIFY(timers.constFirst()->isSingleShot());
-        // Any other kind may be 5 % early, and mostly is not.
+        // A timer of another kind may be 5 % early, but mostly is not.
         QCOMPARE(timers.constFirst()->timerType(), Qt::PreciseTimer);
         QCOMPARE(desk.camera.nextFrame(), FullWide);
         QVERIFY(clock.elapsed() >= HomeZoomDelayMs);
@@ -218,7 +176,7 @@ private slots:
         QCOMPARE(followUpsOf(desk.link()), "fired");
     }
 
-    void secondHomeSendsAFollowUpOfItsOwn()
+    void eachHomeSendsAFollowUp()
     {
         Desk desk;
 
@@ -231,7 +189,7 @@ private slots:
         QCOMPARE(desk.profile.log(), QStringList({"Home", "Home"}));
     }
 
-    void homeFollowUpIsDroppedWhereThePortWasClosedMeanwhile()
+    void homeFollowUpIsDroppedIfThePortIsClosedByThen()
     {
         Desk desk;
         desk.link()->moveHome();
@@ -240,11 +198,11 @@ private slots:
         desk.link()->closeSerialPort();
         QTRY_COMPARE(followUpsOf(desk.link()), "fired");
 
-        QVERIFY(nothingWaitsForTheLine(desk));
+        QVERIFY(nothingIsSentLater(desk));
         QCOMPARE(desk.user.texts(), QStringList());
     }
 
-    void homeOfAClosedLineSendsItsFollowUpToTheLineThatIsOpenThen()
+    void homeFollowUpIsSentIfThePortIsOpenByThen()
     {
         Desk desk;
         desk.link()->closeSerialPort();
@@ -255,7 +213,7 @@ private slots:
         QCOMPARE(desk.camera.nextFrame(), FullWide);
     }
 
-    void programEndsWithAFollowUpPending()
+    void homeFollowUpEndsWithTheProgram()
     {
         Desk desk;
 
@@ -268,9 +226,9 @@ private slots:
         QCOMPARE(desk.camera.nextFrame(), Home);
     }
 
-    void rawBytesGoOutAsTheyAreIfTheLineIsOpen()
+    void rawBytesAreSentAsTheyAreIfThePortIsOpen()
     {
-        // Among them what a line may take for a command to itself.
+        // Among them the control characters of a terminal.
         const QByteArray bytes("00 03 04 0a 0d 11 13 1a 1c 7f 80 ff");
         Desk desk;
         QByteArray raw = QByteArray::fromHex(bytes);
@@ -282,7 +240,7 @@ private slots:
         desk.link()->closeSerialPort();
         desk.link()->sendHex(raw.data(), static_cast<int>(raw.size()));
         QCOMPARE(desk.profile.log(), QStringList());
-        QVERIFY(nothingWaitsForTheLine(desk));
+        QVERIFY(nothingIsSentLater(desk));
         QCOMPARE(desk.user.texts(), QStringList());
     }
 };

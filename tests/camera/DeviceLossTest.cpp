@@ -15,7 +15,7 @@
 
 namespace {
 
-constexpr char Lost[] = "Connect, Device disconnected, closed, told once, onDeviceDisconnected";
+constexpr char Lost[] = "Connect, Device disconnected, closed, boxes: 1, onDeviceDisconnected";
 
 void click(const Desk& desk, const char* button)
 {
@@ -49,21 +49,21 @@ const Step Story[] = {
 };
 constexpr int Steps = std::size(Story);
 
-// When Qt reads the end of a lost line, it takes the errno that an earlier call left behind for the cause.
+// When Qt reads the end of a lost line, it reports the errno that an earlier call has left.
 constexpr int StaleErrors[] = {0, EAGAIN, EIO, ENXIO};
 
-// How the window and the link stand, and what the user and the window have been told of it.
+// What the window shows, whether the port is open, how many boxes there were, and the link's signals.
 QString stateOf(Desk& desk, const LinkSignals& heard)
 {
-    const auto told = desk.user.boxes().size() + MessageBoxWatcher::openCount();
+    const auto boxes = desk.user.boxes().size() + MessageBoxWatcher::openCount();
     return QStringList({desk.find<QPushButton>("connectBtn")->text(),
                         desk.find<QStatusBar>("statusBar")->findChild<QLabel*>()->text(),
-                        desk.link()->isConnected() ? "open" : "closed",
-                        told == 1 ? QString("told once") : QString("told %1 times").arg(told), heard.names()})
+                        desk.link()->isConnected() ? "open" : "closed", QString("boxes: %1").arg(boxes),
+                        heard.names()})
         .join(", ");
 }
 
-// What the operating system says of a line that is gone.
+// The operating system's text for a line that is gone.
 QString lineIsGone()
 {
     return QString::fromLocal8Bit(std::strerror(EIO));
@@ -101,14 +101,14 @@ private slots:
             const int staleError = StaleErrors[round / 2 % 4];
             connect(QAbstractEventDispatcher::instance(), &QAbstractEventDispatcher::awake, this,
                     [staleError] { errno = staleError; });
-            QString whileTold;
+            QString duringTheBox;
             desk.user.whenOpen(
-                [&] { whileTold = (desk.link()->isConnected() ? "open" : "closed") + heard.names(); });
+                [&] { duringTheBox = (desk.link()->isConnected() ? "open" : "closed") + heard.names(); });
             for (int step = 0; step < before; ++step)
                 Story[step].take(desk);
 
             desk.camera.pull();
-            // Every second time the next step comes before the loss is noticed.
+            // In every second round the next step comes before the link notices the loss.
             if (round % 2 == 1 && before < Steps)
                 Story[before].take(desk);
 
@@ -118,7 +118,7 @@ private slots:
                 QCoreApplication::processEvents();
             QCOMPARE(stateOf(desk, heard), Lost);
             QCOMPARE(desk.user.texts(), QStringList(lineIsGone()));
-            QCOMPARE(whileTold, "closed");
+            QCOMPARE(duringTheBox, "closed");
             QVERIFY(!desk.find<QPushButton>("upBtn")->isDown());
             const QStringList log = desk.profile.log();
             QCOMPARE(log.count("MoveStop"), log.count("MoveUp"));
@@ -126,8 +126,8 @@ private slots:
         qInfo("adapter pulled %s: %d times, one box each", QTest::currentDataTag(), count);
     }
 
-    // With Qt 5.15.19 and 6.8 the port reads nothing and says nothing, with 5.15.8 it reports read errors
-    // without end.
+    // After a pull, the port of Qt 5.15.19 and 6.8 reads nothing and reports nothing; that of 5.15.8 reports
+    // read errors without end.
     void pulledAdapterIsNoticedBeforeThePortReads()
     {
         Desk desk;
@@ -142,7 +142,7 @@ private slots:
         QCOMPARE(errors, {QSerialPort::ResourceError});
     }
 
-    void pulledWithAnotherBoxOpen()
+    void adapterPulledWhileABoxIsOpenIsReportedOnTopOfIt()
     {
         Desk desk;
         const LinkSignals heard(desk.link());
@@ -156,7 +156,7 @@ private slots:
         QCOMPARE(desk.find<QPushButton>("connectBtn")->text(), "Connect");
     }
 
-    void pulledRightBeforeDisconnecting()
+    void adapterPulledRightBeforeDisconnectingIsNotReported()
     {
         Desk desk;
         const LinkSignals heard(desk.link());
@@ -166,10 +166,10 @@ private slots:
         QCoreApplication::processEvents();
 
         QCOMPARE(stateOf(desk, heard),
-                 "Connect, Device disconnected, closed, told 0 times, onDeviceDisconnected");
+                 "Connect, Device disconnected, closed, boxes: 0, onDeviceDisconnected");
     }
 
-    void pulledBeforeTheExitStopsAHeldButton()
+    void adapterPulledRightBeforeTheExitIsNotReportedAndAHeldButtonStops()
     {
         Desk desk;
         const LinkSignals heard(desk.link());
@@ -187,7 +187,7 @@ private slots:
         QCOMPARE(desk.profile.log(), QStringList({"MoveUp", "MoveStop"}));
     }
 
-    void pulledAsTheStartUpPresetGoesOut()
+    void adapterPulledAsTheStartUpPresetIsSentIsReportedOnce()
     {
         Desk desk({{"isstartuppreset", true}, {"startuppreset", 7}});
         desk.link()->closeSerialPort();
@@ -202,7 +202,7 @@ private slots:
 
         QTRY_COMPARE(
             stateOf(desk, heard),
-            "Connect, Device disconnected, closed, told once, onDeviceConnected onDeviceDisconnected");
+            "Connect, Device disconnected, closed, boxes: 1, onDeviceConnected onDeviceDisconnected");
         QCoreApplication::processEvents();
         QCOMPARE(desk.user.boxes().size(), 1);
     }
@@ -230,18 +230,18 @@ private slots:
         QCOMPARE(desk.user.texts(), QStringList(lineIsGone()));
     }
 
-    void resourceErrorOnAStandingLineClosesItAfterTheBox()
+    void resourceErrorOfAWorkingLineClosesThePortAfterTheBox()
     {
         Desk desk;
         const LinkSignals heard(desk.link());
-        bool openWhileTold = false;
-        desk.user.whenOpen([&] { openWhileTold = desk.link()->isConnected(); });
+        bool openDuringTheBox = false;
+        desk.user.whenOpen([&] { openDuringTheBox = desk.link()->isConnected(); });
         const QString reason = portOf(desk)->errorString();
 
         emit portOf(desk)->errorOccurred(QSerialPort::ResourceError);
 
         QCOMPARE(stateOf(desk, heard), Lost);
-        QVERIFY(openWhileTold);
+        QVERIFY(openDuringTheBox);
         QCOMPARE(desk.user.texts(), QStringList(reason));
     }
 
@@ -251,15 +251,13 @@ private slots:
         desk.camera.pull();
         QTRY_COMPARE(desk.user.boxes().size(), 1);
         QTRY_COMPARE(desk.find<QPushButton>("connectBtn")->text(), "Connect");
-        // Another process may have been given the number of the line that is gone.
+        // Another process may have got the number of the terminal that is gone.
         desk.settings()->setCOMPort(desk.profile.folder() + "/adapter");
         const LinkSignals heard(desk.link());
 
         click(desk, "connectBtn");
 
-        QCOMPARE(desk.user.boxes().size(), 2);
-        QCOMPARE(heard.names(), "onDeviceError");
-        QCOMPARE(desk.find<QPushButton>("connectBtn")->text(), "Connect");
+        QCOMPARE(stateOf(desk, heard), "Connect, Device disconnected, closed, boxes: 2, onDeviceError");
     }
 
     void errorRepeatedWhileItsBoxIsOpenShowsOneBox()
@@ -281,7 +279,7 @@ private slots:
         QCOMPARE(desk.user.boxes().size(), 2);
     }
 
-    void differentErrorStacksItsBox()
+    void anotherErrorOpensItsBoxOnTop()
     {
         Desk desk;
         const LinkSignals heard(desk.link());

@@ -21,19 +21,19 @@ QString analysisOf(const QByteArray& bytes)
     return line + '-' + QString::number(bytes.size());
 }
 
-// The lines that show a complete reply, without the heading above each and the hex lines between.
+// The log's entries that list a complete reply, without their headings and without the chunks.
 QStringList analyses(const PrivateProfile& profile)
 {
     return profile.log().filter("-");
 }
 
-// Sends a chunk and waits until the reader has dealt with it as a whole.
+// Sends a chunk and waits until it is logged, as one.
 void sendChunk(Desk& desk, const QByteArray& bytes)
 {
-    const QString line = bytes.toHex();
-    const auto before = desk.profile.log().count(line);
+    const QString entry = bytes.toHex();
+    const auto before = desk.profile.log().count(entry);
     desk.camera.reply(bytes.toHex());
-    QTRY_COMPARE(desk.profile.log().count(line), before + 1);
+    QTRY_COMPARE(desk.profile.log().count(entry), before + 1);
 }
 
 } // namespace
@@ -109,7 +109,7 @@ private slots:
         }
     }
 
-    void everyByteValueComesThroughUnchanged()
+    void everyByteValueIsLoggedUnchanged()
     {
         Desk desk;
         QStringList expected;
@@ -123,7 +123,7 @@ private slots:
         QCOMPARE(analyses(desk.profile), expected);
     }
 
-    void emptyChunkLogsAnEmptyLine()
+    void emptyChunkLogsAnEmptyEntry()
     {
         Desk desk;
         desk.camera.reply("90 41");
@@ -162,7 +162,7 @@ private slots:
         QCOMPARE(desk.user.texts(), QStringList());
     }
 
-    void startByteThatOverflowsAReplyStartsNone()
+    void startByteAfterTooLongAReplyStartsNone()
     {
         Desk desk;
         const QByteArray full = reply(LongestReply).chopped(1);
@@ -174,14 +174,14 @@ private slots:
         QCOMPARE(analyses(desk.profile), QStringList("-90-51-ff-3"));
     }
 
-    void halfReplyIsLostWithItsLine_data()
+    void halfReplyIsLostWhenThePortCloses_data()
     {
         QTest::addColumn<bool>("pulled");
         QTest::newRow("disconnected") << false;
         QTest::newRow("pulled") << true;
     }
 
-    void halfReplyIsLostWithItsLine()
+    void halfReplyIsLostWhenThePortCloses()
     {
         QFETCH(bool, pulled);
         Desk desk;

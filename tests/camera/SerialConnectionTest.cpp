@@ -22,7 +22,7 @@ bool lineIsAlive(Desk& desk)
     return desk.camera.nextFrame() == ZoomStop;
 }
 
-// The errors that a QSerialPort reports when it is opened with these settings.
+// The texts of the errors that a QSerialPort reports when it is opened with these settings.
 QStringList openErrors(const QString& name, int baudRate)
 {
     QSerialPort port;
@@ -39,14 +39,14 @@ QStringList openErrors(const QString& name, int baudRate)
 
 } // namespace
 
-/** The link opens and closes its port, and tells what goes wrong with it. */
+/** The link opens and closes its port, and reports the port's errors. */
 class SerialConnectionTest : public QObject
 {
     Q_OBJECT
 
 private slots:
 
-    void signalsAndSlotsStandInTheirOrder()
+    void signalsAndSlotsAreDeclaredInOrder()
     {
         const QMetaObject& link = AppVantrelSerial::staticMetaObject;
         QStringList methods;
@@ -170,7 +170,7 @@ private slots:
         QCOMPARE(heard.names(), "");
     }
 
-    void whatAPortRefusesEndsInItsOwnError_data()
+    void openingShowsTheErrorsThatThePortReports_data()
     {
         QTest::addColumn<QString>("name");
         QTest::addColumn<int>("baudRate");
@@ -187,7 +187,7 @@ private slots:
             QTest::addRow("%d baud", rate) << QString() << rate;
     }
 
-    void whatAPortRefusesEndsInItsOwnError()
+    void openingShowsTheErrorsThatThePortReports()
     {
         QFETCH(QString, name);
         QFETCH(int, baudRate);
@@ -196,7 +196,7 @@ private slots:
         if (baudRate == 9600)
             desk.settings()->setCOMPort(name);
         desk.settings()->setBaudRate(baudRate);
-        // A line of its own: a port that fails at its baud rate leaves a pseudo-terminal to itself alone.
+        // Try it on another line: a port that refuses its baud rate leaves the terminal in exclusive use.
         const CameraEnd elsewhere;
         const QStringList errors = openErrors(baudRate == 9600 ? name : elsewhere.portName(), baudRate);
         QVERIFY(baudRate != 9600 || !errors.isEmpty());
@@ -206,7 +206,7 @@ private slots:
 
         QCOMPARE(desk.user.texts(), errors);
         QCOMPARE(heard.names().count("onDeviceError"), errors.size());
-        QCOMPARE(heard.names().contains("onDeviceDisconnected"), false);
+        QVERIFY(!heard.names().contains("onDeviceDisconnected"));
         QCOMPARE(desk.link()->isConnected(), errors.isEmpty());
         QVERIFY(desk.settings()->getCOMPort().endsWith(portOf(desk.link())->portName()));
         QCOMPARE(portOf(desk.link())->baudRate(), baudRate);
@@ -214,7 +214,7 @@ private slots:
         desk.link()->closeSerialPort();
         desk.settings()->setCOMPort(desk.camera.portName());
         desk.settings()->setBaudRate(9600);
-        // The camera's end lifts the exclusive use when it reads.
+        // Reading at the camera's end lifts the exclusive use.
         QCOMPARE(desk.camera.pending(), QByteArray());
         desk.link()->openSerialPort();
         QVERIFY(lineIsAlive(desk));
@@ -235,7 +235,7 @@ private slots:
 
         otherProgram.close();
         desk.link()->openSerialPort();
-        QCOMPARE(heard.names(), "onDeviceConnected onDeviceError");
+        QCOMPARE(heard.names(), "onDeviceError onDeviceConnected");
         QVERIFY(lineIsAlive(desk));
     }
 
@@ -264,8 +264,8 @@ private slots:
         desk.link()->closeSerialPort();
         desk.settings()->setCOMPort("/dev/missing");
         QSerialPort* port = portOf(desk.link());
-        // Each opening begins with NoError; a terminal without a device behind it says EIO next, and some
-        // failures are told more than once.
+        // A terminal without a device reports ResourceError, and some failures come more than once. Repeat
+        // each report of open() as a ResourceError; the first is NoError.
         connect(port, &QSerialPort::errorOccurred, this, [port](QSerialPort::SerialPortError error) {
             if (error != QSerialPort::ResourceError)
                 emit port->errorOccurred(QSerialPort::ResourceError);
@@ -278,7 +278,7 @@ private slots:
         QCOMPARE(desk.user.boxes().size(), 3);
     }
 
-    void resourceErrorUnderTheBoxOfAFailedOpeningIsADisconnection()
+    void resourceErrorWhileTheBoxOfAFailedOpeningIsOpenIsADisconnection()
     {
         Desk desk;
         desk.link()->closeSerialPort();
@@ -334,12 +334,12 @@ private slots:
 
         desk.link()->closeSerialPort();
         emit portOf(desk.link())->errorOccurred(error);
-        QCOMPARE(heard.names(), "onDeviceDisconnected onDeviceError onDeviceError");
+        QCOMPARE(heard.names(), "onDeviceError onDeviceDisconnected onDeviceError");
         QCOMPARE(desk.user.boxes().size(), 2);
         QVERIFY(!desk.link()->isConnected());
     }
 
-    void lineThatTakesNothingIsNoError()
+    void cameraThatDoesNotReadIsNoError()
     {
         constexpr int frames = 6000;
         Desk desk;
@@ -358,7 +358,7 @@ private slots:
         QCOMPARE(desk.camera.pending(), "");
     }
 
-    void stoppedLineIsClosedWithoutAWord()
+    void portWhoseCameraDoesNotReadIsClosedWithoutABox()
     {
         Desk desk;
         for (int i = 0; i < 6000; ++i)

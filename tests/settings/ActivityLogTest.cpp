@@ -4,16 +4,6 @@
 #include <QFile>
 #include <QtTest>
 
-namespace {
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("no file");
-}
-
-} // namespace
-
 /** The activity log as the settings store writes it. */
 class ActivityLogTest : public QObject
 {
@@ -21,7 +11,7 @@ class ActivityLogTest : public QObject
 
 private slots:
 
-    void messageBecomesALine_data()
+    void messageBecomesAnEntry_data()
     {
         QTest::addColumn<QString>("message");
         QTest::addColumn<QByteArray>("content");
@@ -33,7 +23,7 @@ private slots:
         QTest::newRow("long") << QString(100000, 'x') << QByteArray(100000, 'x') + '\n';
     }
 
-    void messageBecomesALine()
+    void messageBecomesAnEntry()
     {
         QFETCH(QString, message);
         QFETCH(QByteArray, content);
@@ -42,32 +32,32 @@ private slots:
 
         store->log(message);
 
-        QCOMPARE(contentOf(store.profile.logFile()), content);
+        QCOMPARE(fileContent(store.profile.logFile()), content);
     }
 
-    void eachLineIsAtTheEndOfTheFileWhenLogReturns()
+    void entryIsInTheFileWhenLogReturns()
     {
         StoreAlone store;
         store.profile.createFolder();
         QByteArray content;
 
         for (int run = 0; run < 3; ++run) {
-            for (int line = 0; line < 30; ++line) {
-                store->log(QString::number(line));
-                content += QByteArray::number(line) + '\n';
-                QCOMPARE(contentOf(store.profile.logFile()), content);
+            for (int entry = 0; entry < 30; ++entry) {
+                store->log(QString::number(entry));
+                content += QByteArray::number(entry) + '\n';
+                QCOMPARE(fileContent(store.profile.logFile()), content);
             }
             store.store.reset();
             store.store.emplace();
         }
 
-        // No file stays open: a log that is deleted begins anew.
+        // The store keeps no file open, so a deleted log begins again.
         QVERIFY(QFile::remove(store.profile.logFile()));
         store->log("new");
-        QCOMPARE(contentOf(store.profile.logFile()), "new\n");
+        QCOMPARE(fileContent(store.profile.logFile()), "new\n");
     }
 
-    void linesAreLostUntilTheFolderOfTheSettingsExists()
+    void entriesAreLostUntilTheFolderExists()
     {
         StoreAlone store;
 
@@ -79,7 +69,7 @@ private slots:
 
         QCOMPARE(QDir(store.profile.folder()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot, QDir::Name),
                  QStringList({"app.log", "setting.ini"}));
-        QCOMPARE(contentOf(store->getDefaultPath() + "app.log"), "after\n");
+        QCOMPARE(fileContent(store->getDefaultPath() + "app.log"), "after\n");
     }
 };
 

@@ -11,7 +11,7 @@
 
 namespace {
 
-// With one of these as its argument this program only does that, as the program in the place where it lies.
+// With one of these arguments this program only switches the login item, as Vantrel would at its path.
 constexpr char EnableMode[] = "--enable-login-item";
 constexpr char DisableMode[] = "--disable-login-item";
 
@@ -55,8 +55,7 @@ QString startEntryPath()
 
 QString startEntry()
 {
-    QFile entry(startEntryPath());
-    return entry.open(QIODevice::ReadOnly) ? QString::fromUtf8(entry.readAll()) : QString();
+    return QString::fromUtf8(fileContent(startEntryPath()));
 }
 #endif
 
@@ -98,7 +97,7 @@ private slots:
         QCOMPARE(runs(store), QStringList({addingRun(path), deletingRun(name)}));
     }
 
-    void rightBelowTheRootThePathIsEmpty()
+    void inAFolderRightBelowTheRootThePathIsEmpty()
     {
         const StoreAlone store;
         const QTemporaryDir folder("/tmp/XXXXXX");

@@ -75,13 +75,7 @@ std::vector<Setting> texts()
     };
 }
 
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-// Closes the store and starts it again on settings written by hand.
+// Closes the store and opens it again with a settings file of these lines.
 void restartOn(StoreAlone& store, const QByteArray& lines)
 {
     store.store.reset();
@@ -98,7 +92,7 @@ void restartOn(StoreAlone& store, const QByteArray& lines)
 
 Q_DECLARE_METATYPE(Setting)
 
-/** The settings file: its keys, their defaults, and what may be wrong with it. */
+/** The settings file: its keys, their defaults, and files with faults. */
 class SettingsStoreTest : public QObject
 {
     Q_OBJECT
@@ -137,7 +131,7 @@ private slots:
         QCOMPARE(setting.get(*store.store), value);
         store.store.reset();
 
-        QCOMPARE(contentOf(store.profile.settingsFile()),
+        QCOMPARE(fileContent(store.profile.settingsFile()),
                  "[General]\n" + setting.key + '=' + value.toString().toUtf8() + '\n');
         store.store.emplace();
         QCOMPARE(setting.get(*store.store), value);
@@ -190,7 +184,7 @@ private slots:
         QVERIFY(!QFile::exists(store.profile.folder()));
     }
 
-    void valueCountsAtOnceAndReachesTheFileLater()
+    void valueIsReadAtOnceAndWrittenToTheFileLater()
     {
         StoreAlone store;
 
@@ -198,10 +192,10 @@ private slots:
 
         QCOMPARE(store->getBaudRate(), 19200);
         QVERIFY(!QFile::exists(store.profile.settingsFile()));
-        QTRY_COMPARE(contentOf(store.profile.settingsFile()), "[General]\nbaudrate=19200\n");
+        QTRY_COMPARE(fileContent(store.profile.settingsFile()), "[General]\nbaudrate=19200\n");
     }
 
-    void lockOfAKilledProgramHoldsNothingUp()
+    void lockOfAKilledProgramDelaysNothing()
     {
         StoreAlone store;
         store.store.reset();
@@ -214,7 +208,7 @@ private slots:
         store->setBaudRate(19200);
         store.store.reset();
 
-        QCOMPARE(contentOf(store.profile.settingsFile()), "[General]\nbaudrate=19200\n");
+        QCOMPARE(fileContent(store.profile.settingsFile()), "[General]\nbaudrate=19200\n");
         // QSettings would wait 30 seconds.
         QVERIFY(elapsed.elapsed() < 10000);
     }
@@ -233,7 +227,7 @@ private slots:
         QVERIFY(QFile::exists(lockFile));
     }
 
-    void oneSettingLeavesTheOthersAlone()
+    void settingOneValueKeepsTheOthers()
     {
         StoreAlone store;
         restartOn(store, "[General]\ncomport=COM2\npanspeed=9\nsomething=else\n");
@@ -241,7 +235,7 @@ private slots:
         store->setPanSpeed(10);
         store.store.reset();
 
-        QCOMPARE(contentOf(store.profile.settingsFile()),
+        QCOMPARE(fileContent(store.profile.settingsFile()),
                  "[General]\ncomport=COM2\npanspeed=10\nsomething=else\n");
     }
 
@@ -258,7 +252,7 @@ private slots:
         QCOMPARE(store->getPresetName(2), "Desk");
         store.store.reset();
 
-        QCOMPARE(contentOf(store.profile.settingsFile()),
+        QCOMPARE(fileContent(store.profile.settingsFile()),
                  "[General]\nAUTO_2=Stage\nCOM1_2=Desk\ncomport=COM1\n");
     }
 
@@ -271,7 +265,7 @@ private slots:
                  QDir::toNativeSeparators(QCoreApplication::applicationFilePath() + '/'));
     }
 
-    void valuesHoldInMemoryWhereTheFileCannotBeReadOrWritten()
+    void withoutAReadableOrWritableFileValuesLastInMemory()
     {
         StoreAlone store;
         store.store.reset();
@@ -306,11 +300,11 @@ private slots:
                                  "100 %1",  "x=y\ttab\nline", "<h1>Altar</h1>",    "\x7f\x01",
                                  ""};
         StoreAlone store;
-        QByteArray stored = contentOf(file);
+        QByteArray stored = fileContent(file);
 
-        // As it was stored, then stored again by the Qt at hand.
+        // First the file as it is, then as this version of Qt has stored it.
         for (const int speed : {1, 2}) {
-            // With a line more: Qt takes a file with the time and size of one that it has read for that one.
+            // Add a line: QSettings does not read a file again while its time and size are the same.
             restartOn(store, stored + '\n');
             QCOMPARE(store->getCOMPort(), QString(u8"Bühne 1%/ü=\"x\""));
             int preset = FirstPreset;
@@ -322,7 +316,7 @@ private slots:
             QVERIFY(store->getInvertPan());
             store->setPanSpeed(speed);
             store.store.reset();
-            stored = contentOf(store.profile.settingsFile());
+            stored = fileContent(store.profile.settingsFile());
         }
     }
 
@@ -341,14 +335,14 @@ private slots:
         QCOMPARE(store->getPresetName(2), QString(u8"Ältar"));
     }
 
-    void fileWithTheMarkOfUtf8IsReadAsUtf8()
+    void fileWithAByteOrderMarkIsReadAsUtf8()
     {
         StoreAlone store;
         restartOn(store, u8"\uFEFF[General]\ncomport=COM1\nCOM1_1=Küche\n");
         QCOMPARE(store->getPresetName(1), QString(u8"Küche"));
     }
 
-    void storeHasNoSignals()
+    void storeDeclaresNoSignalsSlotsOrProperties()
     {
         const QMetaObject* meta = &Store::staticMetaObject;
         QCOMPARE(meta->methodCount(), meta->methodOffset());

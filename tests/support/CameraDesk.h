@@ -7,7 +7,7 @@
 
 #include <vector>
 
-/** A simulated camera without a line, and its clock, which moves only while the camera is waited for. */
+/** A simulated camera without a serial line. Its clock moves only during send() and wait(). */
 class CameraDesk
 {
 public:
@@ -16,8 +16,8 @@ public:
     {
     }
 
-    /** Sends a frame in hexadecimal and waits; returns the replies with their times since then, such as
-     * "25: 90 41 ff". */
+    /** Sends a frame in hexadecimal and waits. Returns the replies with the milliseconds since it was sent,
+     * such as "25: 90 41 ff". */
     QStringList send(const QByteArray& hex, ViscaCamera::Time patience = ViscaCamera::Time(100))
     {
         const ViscaCamera::Time sent = now;
@@ -30,7 +30,7 @@ public:
 
     QStringList wait(ViscaCamera::Time patience) { return send({}, patience); }
 
-    /** The words of all that has arrived. */
+    /** What has arrived, in words. */
     QStringList heard;
     ViscaCamera camera;
     ViscaCamera::Time now{0};

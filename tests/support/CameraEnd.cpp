@@ -18,7 +18,7 @@ QByteArray CameraEnd::nextFrame()
 
 QByteArray CameraEnd::take(Size count)
 {
-    // The system hands bytes from one end of the line to the other in its own time.
+    // Bytes reach the other end of the line with a delay.
     for (const QDeadlineTimer deadline(5000); received.size() < count && !deadline.hasExpired();) {
         QThread::msleep(1);
         receive();

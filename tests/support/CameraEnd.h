@@ -6,8 +6,8 @@
 #include <QString>
 
 /**
- * The camera's end of a serial line: shows the frames that the program sent, sends replies, and can be pulled
- * off. Its portName() goes where a user would choose a port.
+ * The camera's end of a serial line: receives the program's frames, sends replies, and can be unplugged. The
+ * program's end is the port portName().
  */
 class CameraEnd
 {
@@ -20,18 +20,18 @@ public:
     /**
      * Waits for the next whole frame.
      *
-     * @return the frame as "81 01 ... ff", or what there is of it after five seconds
+     * @return the frame as "81 01 ... ff", or what has arrived of it after five seconds
      */
     QByteArray nextFrame();
 
     /**
-     * Waits for this many bytes without running the event loop: for what must have left the program already.
+     * Waits for this many bytes without running the event loop: the program must have sent them already.
      *
-     * @return the bytes in the same form, or those there are after five seconds
+     * @return the bytes in the same form, or those that have arrived after five seconds
      */
     QByteArray take(Size count);
 
-    /** Everything that has arrived and was not taken yet, in the same form; does not wait. */
+    /** Everything that has arrived and has not been taken yet, in the same form; does not wait. */
     QByteArray pending();
 
     /** Sends bytes given in hexadecimal, e.g. "90 41 ff". */

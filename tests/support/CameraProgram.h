@@ -7,7 +7,7 @@
 #include <algorithm>
 #include <iterator>
 
-/** The simulated camera as a program of its own, and what it prints. */
+/** The simulated camera as a process of its own, and its output. */
 class CameraProgram
 {
 public:
@@ -29,7 +29,7 @@ public:
         return output.split('\n', Qt::SkipEmptyParts);
     }
 
-    /** Those that begin with `mark`, such as "->". */
+    /** Those of them that begin with `mark`, such as "->". */
     QStringList lines(const QString& mark)
     {
         const QStringList all = lines();
@@ -39,7 +39,7 @@ public:
         return marked;
     }
 
-    /** Where the camera is now; waits until the program tells it for the `count`th time. */
+    /** The port of the camera's line; waits until the program has printed one `count` times. */
     QString path(int count = 1)
     {
         const QString mark("Camera at ");

@@ -3,20 +3,19 @@
 
 #include <algorithm>
 
-// A warning of Qt, a misspelt connection for one, fails the test during which it comes. QT_FATAL_WARNINGS
-// cannot do this: it knows no exception, and the offscreen platform warns whenever a window or tooltip is
-// shown.
+// A Qt warning, such as the one for a misspelt connection, fails the running test. QT_FATAL_WARNINGS has no
+// exceptions, but the offscreen platform warns whenever a window or tooltip is shown.
 namespace {
 
-// The offscreen platform, and a machine without fonts for every script of the world.
-constexpr const char* Notices[] = {"This plugin does not support ", "  OpenType support missing for "};
+// Warnings of the offscreen platform, and of a machine without fonts for every script.
+constexpr const char* Ignored[] = {"This plugin does not support ", "  OpenType support missing for "};
 
 QtMessageHandler testLog = nullptr;
 
 void failOnWarning(QtMsgType type, const QMessageLogContext& context, const QString& message)
 {
-    if (std::any_of(std::begin(Notices), std::end(Notices),
-                    [&message](const char* notice) { return message.startsWith(notice); }))
+    if (std::any_of(std::begin(Ignored), std::end(Ignored),
+                    [&message](const char* ignored) { return message.startsWith(ignored); }))
         return;
 
     testLog(type, context, message);

@@ -15,7 +15,7 @@
 class QCheckBox;
 class QSlider;
 
-/** A bare application object, for a test that looks at a window's form without the program behind it. */
+/** An application object without the program's windows, for a test of a form alone. */
 class BareApplication
 {
     PrivateProfile profile;
@@ -25,7 +25,7 @@ class BareApplication
     QApplication app{count, arguments};
 };
 
-/** A window with a form, and with no behaviour behind it. */
+/** A window that has only its form, without the program's code. */
 template <class Window, class Ui> struct FormAlone
 {
     FormAlone() { ui.setupUi(&window); }
@@ -36,7 +36,7 @@ template <class Window, class Ui> struct FormAlone
         QTRY_VERIFY(window.isActiveWindow());
     }
 
-    /** The size that its content asks for. */
+    /** The window's size after adjustSize(). */
     static QSize fittingSize()
     {
         FormAlone form;
@@ -49,7 +49,7 @@ template <class Window, class Ui> struct FormAlone
     Ui ui;
 };
 
-/** A text that a form gives to one of its objects. */
+/** A text that a form sets on one of its objects. */
 struct FormText
 {
     /** Object name; empty for the window itself. */
@@ -82,7 +82,7 @@ constexpr ImageButton ImageButtons[] = {
 };
 constexpr ImageButton SettingsButton{"settingsBtn", "setting.PNG", "Settings", 30, 30};
 
-/** Makes a foreign language of every text in one context: "Connect" becomes "<Connect>". */
+/** Translates every text of one context: "Connect" becomes "<Connect>". */
 class BracketTranslator : public QTranslator
 {
 public:
@@ -100,13 +100,13 @@ private:
     QByteArray ownContext;
 };
 
-/** The object with this name among a window's own; the window itself if the name is empty. */
+/** The window's object with this name; the window itself if the name is empty. */
 QObject* formObject(QWidget* window, const char* name);
 
-/** The text that a form has given to one of the window's objects. */
+/** What that property of the object is now. */
 QString textOf(QWidget* window, const FormText& text);
 
-/** Checks that a form writes these texts, and writes them anew in the user's language. */
+/** Checks that a form sets these texts, and that retranslateUi() sets their translations. */
 template <class Form> void checkTexts(const char* context, const QVector<FormText>& texts)
 {
     Form form;
@@ -127,7 +127,7 @@ QImage screenshot(QWidget* part);
 
 bool hasColour(const QImage& image, QRgb colour);
 
-/** What a button of this size shows of its image: one of the three frames in the middle, on the window's
+/** A button of this size as it is drawn: one of the three frames of its image, centred on the window's
  * background. */
 QImage buttonWithFrame(const QSize& button, const QString& image, int frame);
 
@@ -146,24 +146,24 @@ QString outline(QLayout* layout);
 /** The rules of a style sheet in order, each as "selector { declaration; declaration }". */
 QStringList styleRules(const QString& styleSheet);
 
-/** The rules that both windows have, after their own. */
+/** The rules that both windows have, after those of their own. */
 QStringList sharedStyleRules();
 
 /** The classes, names and order of a widget's child widgets and actions, e.g. "QLabel logo". */
 QStringList namedChildren(const QObject* parent);
 
-/** What a class declares of its own in order, such as "onPanSpeedChanged(int val)". What is no private slot
- * without a result says so. */
+/** The methods that a class declares, in order, such as "onPanSpeedChanged(int val)". One that is not a
+ * private slot returning void is marked. */
 QByteArrayList privateSlots(const QMetaObject& type);
 
 /** The name under which assistive software finds a widget. */
 QString accessibleName(QWidget* widget);
 
-/** The tooltips of the preset buttons in the main window. */
+/** The tooltips of the main window's preset buttons. */
 QStringList presetToolTips(const QWidget* window);
 
-/** Their tooltips as long as no preset has a name. */
+/** Their tooltips while no preset has a name. */
 QStringList defaultPresetNames();
 
-/** The object names of the widgets that the Tab key goes through, from the given one until it comes round. */
+/** The object names of the widgets that Tab goes through, from `first` until it reaches one of them again. */
 QStringList tabOrder(QWidget* first);

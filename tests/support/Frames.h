@@ -3,7 +3,7 @@
 #include <QByteArray>
 #include <QString>
 
-// The frames of a program whose settings nobody has changed, as CameraEnd shows them.
+// The frames that the program sends with its default settings, as CameraEnd gives them.
 
 constexpr char Up[] = "81 01 06 01 05 05 03 01 ff";
 constexpr char Down[] = "81 01 06 01 05 05 03 02 ff";

@@ -2,34 +2,22 @@
 
 #include "camera/AppVantrelSerial.h"
 
-#include <QSignalSpy>
-
-/** What the camera link has said since this was made. */
-class LinkSignals
+/** Hears the camera link's signals from its construction on. */
+class LinkSignals : public QObject
 {
 public:
     explicit LinkSignals(const AppVantrelSerial* link)
-        : connected(link, &AppVantrelSerial::onDeviceConnected)
-        , disconnected(link, &AppVantrelSerial::onDeviceDisconnected)
-        , error(link, &AppVantrelSerial::onDeviceError)
-        , dataFull(link, &AppVantrelSerial::onDataFull)
     {
+        const auto hear = [this](const char* name) { return [this, name] { heard.append(name); }; };
+        connect(link, &AppVantrelSerial::onDeviceConnected, this, hear("onDeviceConnected"));
+        connect(link, &AppVantrelSerial::onDeviceDisconnected, this, hear("onDeviceDisconnected"));
+        connect(link, &AppVantrelSerial::onDeviceError, this, hear("onDeviceError"));
+        connect(link, &AppVantrelSerial::onDataFull, this, hear("onDataFull"));
     }
 
-    /** Each signal that came, in the order of their declaration, as often as it came. */
-    QString names() const
-    {
-        QStringList names;
-        for (const QSignalSpy* spy : {&connected, &disconnected, &error, &dataFull}) {
-            for (int i = 0; i < spy->count(); ++i)
-                names.append(QString(spy->signal()).chopped(2));
-        }
-        return names.join(' ');
-    }
+    /** The names of the signals that came, in the order in which they came. */
+    QString names() const { return heard.join(' '); }
 
 private:
-    QSignalSpy connected;
-    QSignalSpy disconnected;
-    QSignalSpy error;
-    QSignalSpy dataFull;
+    QStringList heard;
 };

@@ -20,7 +20,7 @@ MessageBoxWatcher::MessageBoxWatcher()
         start();
         return;
     }
-    // A timer needs the application object's event dispatcher.
+    // A timer needs the event dispatcher of an application object.
     static bool registered = false;
     if (!registered)
         qAddPreRoutine(&MessageBoxWatcher::startWithApplication);

@@ -12,8 +12,8 @@
 class QMessageBox;
 
 /**
- * The user in front of a message box: reads each box that opens and presses its button. It may be created
- * before the application object, to be there for a box that opens while the program starts. One at a time.
+ * The user in front of a message box: reads each box that opens and presses its button. Create it before the
+ * application object for a box that opens while the program starts. One at a time.
  */
 class MessageBoxWatcher : public QObject
 {
@@ -28,8 +28,7 @@ public:
     MessageBoxWatcher();
     ~MessageBoxWatcher() override;
 
-    /** The boxes that have been read and dismissed, in that order: of boxes on top of each other, the topmost
-     * first. */
+    /** The boxes that have been read, in order. Of stacked boxes the topmost comes first. */
     QVector<Box> boxes() const { return seen; }
 
     /** The texts of boxes(). */
@@ -38,7 +37,7 @@ public:
     /** Forgets the boxes so far. */
     void forget() { seen.clear(); }
 
-    /** What to do once, with the next box open, before its button is pressed. */
+    /** What to do once, while the next box is open, before its button is pressed. */
     void whenOpen(std::function<void()> action) { whileOpen = std::move(action); }
 
     /** Leaves every box open until this is true for the first time, for five seconds at most. */

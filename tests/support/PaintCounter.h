@@ -6,7 +6,7 @@
 #include <functional>
 #include <utility>
 
-/** Counts how often a widget is drawn, from a first time on that it asks for. */
+/** Asks for a drawing of a widget, and counts how often it is drawn from then on. */
 class PaintCounter : public QObject
 {
 public:
@@ -26,7 +26,7 @@ public:
         return QObject::eventFilter(watched, event);
     }
 
-    /** What to do once, right before the widget is drawn next. */
+    /** What to do once, right before the next drawing. */
     void whenDrawn(std::function<void()> action) { beforeDrawing = std::move(action); }
 
     int count = 0;

@@ -8,7 +8,8 @@
 
 namespace {
 
-// Each run appends its arguments, a zero byte after each, and a line feed; then it reports the chosen code.
+// Each run appends its arguments, a zero byte after each, and a line feed; then it exits with the chosen
+// code.
 constexpr char Recorder[] = "#!/bin/sh\n"
                             "cd \"$(dirname \"$0\")\" || exit 125\n"
                             "{ for argument; do printf '%s\\0' \"$argument\"; done; echo; } >>runs\n"
@@ -22,6 +23,12 @@ void writeFile(const QString& path, const QByteArray& content)
 }
 
 } // namespace
+
+QByteArray fileContent(const QString& path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
 
 PrivateProfile::PrivateProfile()
     : oldPath(qgetenv("PATH"))
@@ -65,7 +72,7 @@ void PrivateProfile::store(const QString& key, const QVariant& value) const
 
 QVariant PrivateProfile::stored(const QString& key) const
 {
-    // A copy: Qt takes a file with the time and size of one that it has read for that one.
+    // Read a copy: QSettings does not read a file again while its time and size are the same.
     const QTemporaryDir folder;
     const QString copy = folder.filePath("setting.ini");
     QFile::copy(settingsFile(), copy);
@@ -74,12 +81,9 @@ QVariant PrivateProfile::stored(const QString& key) const
 
 QStringList PrivateProfile::log() const
 {
-    QFile file(logFile());
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    QStringList lines = QString::fromUtf8(file.readAll()).split('\n');
-    lines.removeLast();
-    return lines;
+    QStringList entries = QString::fromUtf8(fileContent(logFile())).split('\n');
+    entries.removeLast();
+    return entries;
 }
 
 QVector<QStringList> PrivateProfile::osascriptRuns() const

@@ -6,9 +6,12 @@
 #include <QTemporaryDir>
 #include <QVector>
 
+/** What is in a file; nothing if it cannot be read. */
+QByteArray fileContent(const QString& path);
+
 /**
  * A user's account made for one test: empty settings and log folders, and an "osascript" on PATH that records
- * how it is run. Create it before the program; the environment is put back when it goes.
+ * how it is run. Create it before the program.
  */
 class PrivateProfile
 {
@@ -17,7 +20,7 @@ public:
     ~PrivateProfile();
     Q_DISABLE_COPY(PrivateProfile)
 
-    /** The folder of "setting.ini" and "app.log", without a trailing separator; it exists only if asked for.
+    /** The folder of "setting.ini" and "app.log", without a trailing separator. It does not exist at first.
      */
     QString folder() const;
     void createFolder() const;
@@ -32,7 +35,7 @@ public:
     /** What the settings file holds now; invalid if the key is missing. */
     QVariant stored(const QString& key) const;
 
-    /** The lines of the activity log; empty if there is none. */
+    /** The entries of the activity log; empty if there is none. */
     QStringList log() const;
 
     /** The arguments of every run of osascript so far, in order. */

@@ -5,22 +5,21 @@
 #include <QStringList>
 
 /**
- * A second reader of the camera's replies, as plain as it can be and with nothing of the program's in it: it
- * says which lines the activity log must hold for the bytes that the camera sent. How the line cuts the bytes
- * into chunks is not foreseeable, so the chunks are taken from the log itself; what they are made of and what
- * follows each of them is not.
+ * A second reader of the camera's replies, which shares no code with the program. It tells which entries the
+ * activity log must hold for the bytes that the camera sent. Nobody can foresee in which chunks the bytes
+ * arrive, so the model reads the chunks in the log. It checks their bytes, and the entries that follow each.
  */
 class ReplyModel
 {
 public:
-    /** The camera has sent these bytes after all earlier ones. */
+    /** The camera has sent these bytes. */
     void sent(const QByteArray& bytes) { onTheLine += bytes; }
 
-    /** The line was closed: a reply that has only begun is lost. */
+    /** The port was closed: a reply that is not complete is lost. */
     void closed() { stream.clear(); }
 
     /**
-     * Takes the next lines of the log, whole chunks only.
+     * Takes the next entries of the log, whole chunks only.
      *
      * @return what is wrong with them, empty if nothing is
      */

@@ -9,8 +9,7 @@ namespace {
 
 using Next = std::function<void(Desk&)>;
 
-/** A key event as Qt makes it of the X server's, which gives the release and the press of a repeat one time.
- */
+/** A key event as it comes from X11, where the release and the press of a repeat have the same timestamp. */
 void sendSpace(QWidget* button, QEvent::Type type, ulong timestamp)
 {
     QKeyEvent event(type, Qt::Key_Space, Qt::NoModifier, " ");
@@ -39,7 +38,7 @@ void repeat(QWidget* button, ulong timestamp)
 Q_DECLARE_METATYPE(Next)
 
 /** Holding the space bar on X11, where Qt takes repeats of a held key for real releases and presses. The soak
- * of held motions tries what else may come between them. */
+ * of held motions tries what else may happen meanwhile. */
 class KeyRepeatTest : public QObject
 {
     Q_OBJECT
@@ -79,7 +78,7 @@ private slots:
         QCOMPARE(desk.profile.log(), released);
     }
 
-    void aHeldArrowKeyMovesTheFocusOnAndOn()
+    void aHeldArrowKeyKeepsMovingTheFocus()
     {
         Desk desk;
         QWidget* button = desk.find<QPushButton>("leftBtn");
@@ -124,7 +123,7 @@ private slots:
         QTRY_VERIFY(drawings.count > 0);
     }
 
-    void aMotionThatTheWindowHasEndedIsNotBegunAgainByRepeats()
+    void repeatsDoNotRestartAMotionThatTheWindowHasEnded()
     {
         Desk desk;
         auto* button = desk.find<QPushButton>("upBtn");
@@ -137,7 +136,7 @@ private slots:
         QCOMPARE(desk.profile.log(), QStringList({"MoveUp", "MoveStop"}));
     }
 
-    void aReleaseWaitsFor25MillisecondsAtMost()
+    void aReleaseWaits25MillisecondsForARepeat()
     {
         Desk desk;
         auto* button = desk.find<QPushButton>("upBtn");
@@ -149,7 +148,7 @@ private slots:
         QCOMPARE(wait->interval(), 25);
     }
 
-    void aReleasedPresetIsRecalledWhateverComesAtOnce_data()
+    void aReleasedPresetIsRecalledWhateverComesNext_data()
     {
         QTest::addColumn<Next>("next");
         QTest::addColumn<QStringList>("log");
@@ -170,7 +169,7 @@ private slots:
                                  << QStringList("Call Preset2");
     }
 
-    void aReleasedPresetIsRecalledWhateverComesAtOnce()
+    void aReleasedPresetIsRecalledWhateverComesNext()
     {
         QFETCH(Next, next);
         QFETCH(QStringList, log);

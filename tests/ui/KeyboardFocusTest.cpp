@@ -16,7 +16,7 @@ namespace {
 
 constexpr int RingWidth = 2;
 
-// What WCAG asks of everything that has to be seen.
+// WCAG's least contrast for the parts of a control.
 constexpr double LeastContrast = 3;
 
 double linear(int component)
@@ -54,7 +54,7 @@ QVector<QPoint> frameAround(const QRect& area, int distance)
     return points;
 }
 
-// What the user sees of a control, in its window: the image in the middle of an image button, or all of it.
+// The visible part of a control, in its window: the image in the middle of an image button, or all of it.
 QRect seenPartOf(const QWidget* control)
 {
     const QRect all(control->mapTo(control->window(), QPoint(0, 0)), control->size());
@@ -69,7 +69,7 @@ QRect seenPartOf(const QWidget* control)
     return QStyle::alignedRect(Qt::LeftToRight, Qt::AlignCenter, {side, side}, all);
 }
 
-// A field with the focus shows its cursor: puts the part of another picture in its place.
+// A text field with the focus shows a cursor: copies the field from a picture without it.
 void leaveOutCursor(QImage& picture, const QImage& other, const QWidget* control)
 {
     if (qobject_cast<const QLineEdit*>(control))
@@ -104,23 +104,23 @@ QWidget* windowOf(const Desk& desk, const QByteArray& name)
 
 } // namespace
 
-/** Whoever works without a mouse sees where the keyboard is, and nothing acts unasked. */
+/** The user sees which control has the focus, and no control acts on a key before it has been chosen. */
 class KeyboardFocusTest : public QObject
 {
     Q_OBJECT
 
 private slots:
 
-    void everyControlShowsThatItHasTheKeyboard_data() { addWindows(); }
+    void theControlWithTheFocusHasAWhiteRing_data() { addWindows(); }
 
-    void everyControlShowsThatItHasTheKeyboard()
+    void theControlWithTheFocusHasAWhiteRing()
     {
         QFETCH(QByteArray, window);
         Desk desk({{"isstartuppreset", true}});
         QWidget* shown = windowOf(desk, window);
         shown->activateWindow();
         QTRY_VERIFY(shown->isActiveWindow());
-        // As if Tab had been pressed: a style may draw no mark before that.
+        // Set by Tab; some styles draw no mark of the focus before.
         shown->setAttribute(Qt::WA_KeyboardFocusChange);
         const QImage without = pictureOf(shown);
 
@@ -151,7 +151,7 @@ private slots:
         }
     }
 
-    void nothingShowsAFocusThatIsElsewhere()
+    void theRingGoesWithTheFocus()
     {
         Desk desk;
         QWidget* window = desk.program->app.mainWin;
@@ -165,14 +165,14 @@ private slots:
         QTRY_COMPARE(pictureOf(window), before);
     }
 
-    void anOpenListShowsItsChosenEntry_data()
+    void anOpenListMarksItsChosenEntry_data()
     {
         QTest::addColumn<QByteArray>("list");
         for (const char* list : {"comPortCombo", "baudRateCombo", "startUpPresetCombo"})
             QTest::newRow(list) << QByteArray(list);
     }
 
-    void anOpenListShowsItsChosenEntry()
+    void anOpenListMarksItsChosenEntry()
     {
         QFETCH(QByteArray, list);
         Desk desk({{"isstartuppreset", true}});
@@ -194,7 +194,7 @@ private slots:
                 combo->view()->viewport()->mapTo(popup, QPoint(leftOfTheText, entry.center().y())));
         };
         QVERIFY(contrast(colourOf(1), colourOf(0)) >= LeastContrast);
-        // No strips of another colour above and below the entries, where a style may draw a thin frame.
+        // No strip of another colour above and below the entries, except for a thin frame.
         for (const int y : {2, shown.height() - 3})
             QVERIFY(contrast(shown.pixel(shown.width() / 3, y), colourOf(0)) < LeastContrast);
         combo->hidePopup();
@@ -212,7 +212,7 @@ private slots:
         presets->hidePopup();
     }
 
-    void spaceAfterTheStartDoesNothing()
+    void keysRightAfterTheStartDoNothing()
     {
         Desk desk;
         QWidget* window = desk.program->app.mainWin;
@@ -229,7 +229,7 @@ private slots:
         QCOMPARE(desk.user.texts(), QStringList());
     }
 
-    void spaceAfterTheSettingsOpenDoesNothing()
+    void spaceRightAfterTheSettingsOpenDoesNothing()
     {
         Desk desk;
         desk.find<QPushButton>("settingsBtn")->click();
@@ -255,7 +255,7 @@ private slots:
         QCOMPARE(QApplication::focusWidget()->objectName(), QString("runOnStartUpCheck"));
     }
 
-    void aFilledFieldIsSelectedByTab()
+    void tabSelectsTheTextOfAField()
     {
         Desk desk;
         auto* field = desk.find<QLineEdit>("presetEdit");
@@ -267,7 +267,7 @@ private slots:
         QCOMPARE(field->selectedText(), QString("12"));
     }
 
-    void anEmptyFieldGetsTheCursorAndSelectsNothing_data()
+    void anEmptyFieldShowsTheCursorAndSelectsNothing_data()
     {
         QTest::addColumn<QByteArray>("name");
         QTest::addColumn<Qt::FocusReason>("reason");
@@ -278,8 +278,8 @@ private slots:
         }
     }
 
-    // A screen reader stays silent where Qt tells of a selection before it tells of the focus.
-    void anEmptyFieldGetsTheCursorAndSelectsNothing()
+    // A screen reader does not read a field whose selection Qt reports before its focus.
+    void anEmptyFieldShowsTheCursorAndSelectsNothing()
     {
         QFETCH(QByteArray, name);
         QFETCH(Qt::FocusReason, reason);
@@ -300,9 +300,9 @@ private slots:
         QCOMPARE(field->text(), QString("7"));
     }
 
-    void theStyleOfTheRingDrawsTheRestAsTheDesktopDoes_data() { addWindows(); }
+    void withoutTheFocusTheWindowIsDrawnInTheDesktopsStyle_data() { addWindows(); }
 
-    void theStyleOfTheRingDrawsTheRestAsTheDesktopDoes()
+    void withoutTheFocusTheWindowIsDrawnInTheDesktopsStyle()
     {
         QFETCH(QByteArray, window);
         Desk desk;

@@ -44,7 +44,7 @@ QVector<FormText> texts()
     return all;
 }
 
-/** How the form lets the layout size a widget, and its own style rules. */
+/** A widget's size limits and its own style rules. */
 struct Look
 {
     QSize minimum{0, 0};
@@ -74,7 +74,7 @@ QStringList settingsRules()
             "center bottom no-repeat }"};
 }
 
-/** The looks of the widgets that have one of their own. */
+/** The looks of the widgets that have limits or rules. */
 QMap<QString, Look> looks()
 {
     QMap<QString, Look> looks;
@@ -104,7 +104,7 @@ QSizePolicy policyOf(const QWidget* widget)
 
 Q_DECLARE_METATYPE(ImageButton)
 
-/** The main window's widgets, texts and look, before any behaviour. */
+/** The main window's form: its widgets, texts and look. */
 class MainWindowFormTest : public QObject
 {
     Q_OBJECT
@@ -218,7 +218,7 @@ private slots:
         QCOMPARE(styleRules(form.window.styleSheet()), ownRules + sharedStyleRules());
     }
 
-    void theTextsAreWrittenInEveryLanguage()
+    void theTextsAreSetAndCanBeTranslated()
     {
         checkTexts<MainWindowForm>("AppMainWin", texts());
     }
@@ -232,7 +232,7 @@ private slots:
             QVERIFY2(widget->toolTip().isEmpty(), qPrintable(widget->objectName()));
     }
 
-    void assistiveSoftwareFindsEveryControlByName()
+    void everyControlHasANameForAssistiveSoftware()
     {
         MainWindowForm form;
         for (const ImageButton& button : ImageButtons)
@@ -258,7 +258,7 @@ private slots:
                               "presetNameEdit", "setBtn"}));
     }
 
-    void noButtonRepeatsOrIsATextFieldsDefault()
+    void noButtonRepeatsOrIsADefaultButton()
     {
         const MainWindowForm form;
         const auto buttons = form.window.findChildren<QPushButton*>();
@@ -292,7 +292,7 @@ private slots:
         QCOMPARE(screenshot(widget), frame(1));
     }
 
-    void theRestIsGreyWithWhiteText()
+    void theOtherWidgetsAreGreyWithWhiteText()
     {
         MainWindowForm form;
         auto* status = new QLabel("Status");
@@ -323,8 +323,8 @@ private slots:
         QPalette palette;
         palette.setColor(QPalette::ToolTipText, QColor::fromRgb(Red));
         palette.setColor(QPalette::WindowText, QColor::fromRgb(Red));
-        // A desktop's colours for tooltips. A palette given to QToolTip itself goes before the sheet in
-        // Qt 6.8.
+        // The desktop's colours for tooltips. With Qt 6.8 a palette of QToolTip itself would override the
+        // sheet.
         QApplication::setPalette(palette, "QTipLabel");
         auto* widget = form.window.findChild<QPushButton*>(button.name);
 

@@ -31,11 +31,11 @@ constexpr Control Controls[] = {
     {"homeBtn", Home, "", "Home", "Home"},
 };
 
-/** What takes a held button away from its user. */
+/** What ends the holding of a button before its user releases it. */
 struct Interruption
 {
     const char* name;
-    bool isOfTheFocus;
+    bool needsTheFocus;
     void (*happen)(Desk& desk);
 };
 
@@ -73,7 +73,7 @@ const Interruption Interruptions[] = {
     {"the end", false, [](Desk& desk) { desk.program.reset(); }},
 };
 
-// What arrives where this frame is expected. An empty one is none, as after the release of Home.
+// The next frame, or none if none is expected, as after the release of Home.
 QByteArray arrived(Desk& desk, const char* expected)
 {
     return *expected ? desk.camera.nextFrame() : QByteArray();
@@ -169,16 +169,16 @@ private slots:
         QCOMPARE(log(desk), QString(control.log));
     }
 
-    void whatTakesAHeldButtonAwayStopsOnce_data()
+    void anInterruptionStopsAHeldMotionOnce_data()
     {
         QTest::addColumn<Control>("control");
         QTest::addColumn<Hold>("hold");
         QTest::addColumn<Interruption>("interruption");
-        // Every row has the next button; there are more rows than buttons. Home, the last, has no stop.
+        // Each row has the next button. Home, the last, is left out: it has no stop.
         size_t row = 0;
         for (const Interruption& interruption : Interruptions) {
             for (const Hold& hold : Holds) {
-                if (interruption.isOfTheFocus && hold.begin == pressWithoutFocus)
+                if (interruption.needsTheFocus && hold.begin == pressWithoutFocus)
                     continue;
                 const Control& control = Controls[row++ % (std::size(Controls) - 1)];
                 QTest::addRow("%s, %s, %s", interruption.name, hold.name, control.button)
@@ -187,7 +187,7 @@ private slots:
         }
     }
 
-    void whatTakesAHeldButtonAwayStopsOnce()
+    void anInterruptionStopsAHeldMotionOnce()
     {
         QFETCH(Control, control);
         QFETCH(Hold, hold);
@@ -207,8 +207,8 @@ private slots:
         QCOMPARE(log(desk), QString(control.log));
     }
 
-    // Qt's button goes up in silence when the mouse is let go outside.
-    void twoHandsOnOneButtonStopTheCameraBothTimes()
+    // A Qt button emits no released() when the mouse is released outside it, even if a key holds it down.
+    void aButtonHeldByMouseAndKeyStopsTheCameraBothTimes()
     {
         Desk desk;
         auto* button = desk.find<QAbstractButton>("upBtn");
@@ -330,7 +330,7 @@ private slots:
         act([](QAbstractButton* twice) { QTest::mouseDClick(twice, Qt::LeftButton); }, control.frame);
     }
 
-    void aPointerThatOnlyMovesPutsNoDrawingOff()
+    void aMoveOfThePointerDoesNotDelayDrawing()
     {
         Desk desk;
         auto* button = desk.find<QAbstractButton>("upBtn");
@@ -341,7 +341,7 @@ private slots:
         QVERIFY(button->updatesEnabled());
     }
 
-    void connectWhichIsSlowToActIsDrawnFirst()
+    void theConnectButtonIsDrawnBeforeItActs()
     {
         Desk desk;
         auto* button = desk.find<QAbstractButton>("connectBtn");
@@ -358,8 +358,9 @@ private slots:
         QCOMPARE(drawingsAtRelease, 1);
     }
 
-    // As on X11, where the release of a key waits: the press takes the focus from SET, which clicks then.
-    void aPressThatABoxHasHeldUpMovesNothing()
+    // On X11 the release of a key waits for a repeat. The press takes the focus from SET, which is clicked
+    // then.
+    void aPressThatABoxHasDelayedMovesNothing()
     {
         Desk desk;
         QWidget* window = desk.program->app.mainWin;
@@ -371,7 +372,7 @@ private slots:
         pressSpace(set);
         releaseSpace(set);
 
-        // The box keeps the press waiting until the mouse is up.
+        // The press waits while the box is open, and the mouse is released meanwhile.
         desk.user.whenOpen([&] { QTest::mouseRelease(window->windowHandle(), Qt::LeftButton, {}, place); });
         QTest::mousePress(window->windowHandle(), Qt::LeftButton, {}, place);
 
@@ -381,8 +382,8 @@ private slots:
         QVERIFY(!up->isDown());
     }
 
-    // As assistive software presses it: Connect goes up a moment later.
-    void aMotionThatBeginsUnderAPressOfConnectStopsBeforeThePortCloses()
+    // Assistive software uses animateClick(), which releases Connect a moment later.
+    void aMotionThatBeginsWhileConnectIsDownStopsBeforeThePortCloses()
     {
         Desk desk;
         auto* up = desk.find<QAbstractButton>("upBtn");

@@ -56,7 +56,7 @@ class PresetControlsTest : public QObject
 
 private slots:
 
-    void aQuickButtonRecallsItsPresetOnceItIsReleased()
+    void aQuickButtonRecallsItsPresetWhenItIsReleased()
     {
         Desk desk;
         QStringList log;
@@ -116,7 +116,7 @@ private slots:
     {
         QFETCH(QString, text);
         Desk desk;
-        // Shown only when the names are loaded.
+        // A tooltip shows it only if the names are loaded.
         desk.settings()->setPresetName(1, "Desk");
         pressCall(desk, text);
         QCOMPARE(desk.user.texts(), QStringList({NumberMessage}));
@@ -133,14 +133,16 @@ private slots:
         QCOMPARE(QSettings(desk.profile.settingsFile(), QSettings::IniFormat).allKeys().size(), 2);
     }
 
-    void setNamesThePresetOnceTheConfirmationIsDismissed()
+    void setSendsAndLogsThenConfirmsThenNames()
     {
         Desk desk;
         QByteArray frameWhileOpen;
+        QStringList logWhileOpen;
         QString nameWhileOpen;
         QString toolTipWhileOpen;
         desk.user.whenOpen([&] {
             frameWhileOpen = desk.camera.nextFrame();
+            logWhileOpen = desk.profile.log();
             nameWhileOpen = desk.settings()->getPresetName(3);
             toolTipWhileOpen = presetButton(desk, 3)->toolTip();
         });
@@ -148,6 +150,7 @@ private slots:
 
         QCOMPARE(desk.user.texts(), QStringList({confirmation(3)}));
         QCOMPARE(frameWhileOpen, setPreset(3));
+        QCOMPARE(logWhileOpen, QStringList("Set Preset3"));
         QCOMPARE(nameWhileOpen, QString("Preset3"));
         QCOMPARE(toolTipWhileOpen, QString("Preset3"));
         QCOMPARE(desk.settings()->getPresetName(3), QString("Desk"));
@@ -170,7 +173,7 @@ private slots:
         }
     }
 
-    void anEmptyNameIsTheDefaultNameAndOneOfBlanksIsKept()
+    void anEmptyNameBecomesTheDefaultNameAndBlanksAreKept()
     {
         Desk desk;
         const QStringList names{"Desk", "", "  ", ""};
@@ -182,7 +185,7 @@ private slots:
         QCOMPARE(desk.profile.stored(desk.camera.portName() + "_5").toString(), QString("Preset5"));
     }
 
-    void namesBelongToThePortSetting()
+    void theToolTipsFollowThePortSettingAtTheNextSetOrConnect()
     {
         const Desk desk;
         pressSet(desk, "3", "Desk");

@@ -29,7 +29,7 @@ QVector<FormText> texts()
 
 } // namespace
 
-/** The settings dialog's widgets, texts and look, before any behaviour. */
+/** The settings dialog's form: its widgets, texts and look. */
 class SettingsDialogFormTest : public QObject
 {
     Q_OBJECT
@@ -130,16 +130,16 @@ private slots:
         }
     }
 
-    void theSheetIsTheMainWindowsWithADialogRule()
+    void theSheetHasItsRules()
     {
         const SettingsDialogForm form;
         const QStringList ownRules{"QToolTip { color : black }", "QDialog { background : #333333 }"};
         QCOMPARE(styleRules(form.window.styleSheet()), ownRules + sharedStyleRules());
     }
 
-    void theTextsAreWrittenInEveryLanguage() { checkTexts<SettingsDialogForm>("AppSettingWin", texts()); }
+    void theTextsAreSetAndCanBeTranslated() { checkTexts<SettingsDialogForm>("AppSettingWin", texts()); }
 
-    void assistiveSoftwareFindsEveryControlByName()
+    void everyControlHasANameForAssistiveSoftware()
     {
         const SettingsDialogForm form;
         QCOMPARE(accessibleName(form.ui.runOnStartUpCheck), QString("Run on startup"));
@@ -164,7 +164,7 @@ private slots:
                               "tiltSpeedSlider", "zoomSpeedSlider"}));
     }
 
-    void theDialogIsDarkGreyWithWhiteTextAndBoxesThatTurnDark()
+    void theDialogIsDarkGreyWithWhiteTextAndCheckedBoxesAreDark()
     {
         SettingsDialogForm form;
         form.ui.comPortCombo->addItem("AUTO");

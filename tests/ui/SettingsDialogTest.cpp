@@ -75,7 +75,7 @@ QStringList portList()
     return names;
 }
 
-// What is stored now, whether it is in the file yet or not.
+// All stored settings, after the store has written the file.
 QVariantMap storedSettings(Desk& desk)
 {
     QCoreApplication::processEvents();
@@ -137,8 +137,6 @@ private slots:
             QCOMPARE(desk.find<QSlider>(speed.slider)->value(), 5);
             QCOMPARE(desk.find<QLabel>(speed.label)->text(), QString(speed.text).arg(5));
         }
-        for (const Check& check : Checks)
-            QVERIFY(!desk.find<QCheckBox>(check.checkBox)->isChecked());
         QCOMPARE(desk.find<QComboBox>("startUpPresetCombo")->currentText(), QString("PRESET1"));
         QVERIFY(!desk.find<QComboBox>("startUpPresetCombo")->isEnabled());
         QCOMPARE(desk.find<QComboBox>("baudRateCombo")->currentText(), QString("Baud9600"));
@@ -152,24 +150,19 @@ private slots:
                          {"zoomspeed", 7},
                          {"baudrate", 57600},
                          {"startuppreset", 64},
-                         {"isstartuppreset", true},
-                         {"runonstartup", true},
-                         {"invertpan", true},
-                         {"inverttilt", true}});
+                         {"isstartuppreset", true}});
         for (const Speed& speed : Speeds) {
             QCOMPARE(desk.find<QSlider>(speed.slider)->value(), speed.maximum);
             QCOMPARE(desk.find<QLabel>(speed.label)->text(), QString(speed.text).arg(speed.maximum));
         }
-        for (const Check& check : Checks)
-            QVERIFY(desk.find<QCheckBox>(check.checkBox)->isChecked());
         QCOMPARE(desk.find<QComboBox>("startUpPresetCombo")->currentText(), QString("PRESET64"));
         QVERIFY(desk.find<QComboBox>("startUpPresetCombo")->isEnabled());
         QCOMPARE(desk.find<QComboBox>("baudRateCombo")->currentText(), QString("Baud57600"));
     }
 
-    void aStoredCheckIsShownInItsOwnBox_data() { checks(); }
+    void aStoredCheckIsShownInItsOwnCheckBox_data() { checks(); }
 
-    void aStoredCheckIsShownInItsOwnBox()
+    void aStoredCheckIsShownInItsOwnCheckBox()
     {
         QFETCH(Check, check);
         const Desk desk({{check.key, true}});
@@ -204,7 +197,7 @@ private slots:
         QVERIFY(desk.profile.osascriptRuns().isEmpty());
     }
 
-    void aSpeedOutOfRangeShowsTheNearestAndStays_data()
+    void aSpeedOutOfRangeIsShownAsTheNearestAndStaysStored_data()
     {
         QTest::addColumn<Speed>("speed");
         QTest::addColumn<int>("value");
@@ -214,7 +207,7 @@ private slots:
         }
     }
 
-    void aSpeedOutOfRangeShowsTheNearestAndStays()
+    void aSpeedOutOfRangeIsShownAsTheNearestAndStaysStored()
     {
         QFETCH(Speed, speed);
         QFETCH(int, value);
@@ -288,7 +281,7 @@ private slots:
         QCOMPARE(storedSettings(desk), expected);
     }
 
-    void aDescriptionAndNoLabelTellsAssistiveSoftwareWhatAListIsFor()
+    void aListHasADescriptionForAssistiveSoftwareAndNoLabel()
     {
         const Desk desk;
         constexpr const char* Lists[][2] = {{"comPortCombo", "COM port"},
@@ -298,14 +291,14 @@ private slots:
             const QAccessibleInterface* list =
                 QAccessible::queryAccessibleInterface(desk.find<QComboBox>(name));
             QCOMPARE(list->text(QAccessible::Description), QString(description));
-            // A screen reader would read the label in place of the choice.
+            // With a label, a screen reader would read the label instead of the choice.
             QVERIFY(list->relations(QAccessible::Label).isEmpty());
         }
     }
 
-    void aCheckThatIsNotTheUsersStoresNothing_data() { checks(); }
+    void aCheckBoxThatTheProgramChecksStoresNothing_data() { checks(); }
 
-    void aCheckThatIsNotTheUsersStoresNothing()
+    void aCheckBoxThatTheProgramChecksStoresNothing()
     {
         QFETCH(Check, check);
         Desk desk;
@@ -442,7 +435,7 @@ private slots:
     }
 #endif
 
-    void eachOpeningListsThePortsAndPutsThePortToAuto()
+    void eachOpeningListsThePortsAndStoresAuto()
     {
         QStringList stored;
         const Desk desk;
@@ -467,7 +460,7 @@ private slots:
         combo->setCurrentText("ttyUSB7");
 
         openDialog(desk);
-        // The window system shows it again, as after minimising.
+        // The window system shows it again, as after it was minimised.
         QShowEvent restored;
         QSpontaneKeyEvent::setSpontaneous(&restored);
         QVERIFY(restored.spontaneous());

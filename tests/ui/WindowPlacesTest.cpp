@@ -1,5 +1,3 @@
-// Where the windows are on a display with a window manager, which gives them frames.
-
 #include "support/Desk.h"
 
 #include <QProcess>
@@ -9,8 +7,7 @@
 
 namespace {
 
-/** Where the display has a window's content: the answer that counts, since Qt only assumes a place at first.
- */
+/** The place of a window's content on the display. Qt's own answer is only a guess at first. */
 QPoint placeOnScreen(const QWidget* window)
 {
     QProcess xdotool;
@@ -24,7 +21,7 @@ QPoint placeOnScreen(const QWidget* window)
     return {number("X"), number("Y")};
 }
 
-/** Moves a window's content there as a user does: Qt hears of it from the window manager. */
+/** Moves a window's content as a user does, so that Qt learns of it from the window manager. */
 bool move(const QWidget* window, QPoint place)
 {
     QProcess::execute("xdotool", {"windowmove", QString::number(window->winId()), QString::number(place.x()),
@@ -37,14 +34,14 @@ int frameWidth(const QWidget* window)
     return window->frameGeometry().width() - window->width();
 }
 
-/** The controller and its settings, which have the same frame. */
+/** The main window and the settings, which have frames of the same width. */
 class Windows
 {
 public:
     Windows()
     {
         static_cast<void>(QTest::qWaitForWindowActive(controller));
-        // A busy display is still at the width that the window had before its status was written.
+        // On a busy display the window may still have its width from before the status was set.
         static_cast<void>(
             QTest::qWaitFor([this] { return controller->width() >= controller->minimumSizeHint().width(); }));
     }
@@ -57,7 +54,7 @@ public:
 
     int settingsWidth() const { return settings->width() + frameWidth(controller); }
 
-    /** The controller's place from which there is just room for the settings at its right. */
+    /** The place of the main window from which there is just room for the settings at its right. */
     QPoint lastPlaceWithRoomAtTheRight() const
     {
         const int right = controller->windowHandle()->screen()->availableGeometry().right() + 1;
@@ -73,13 +70,14 @@ public:
 
 } // namespace
 
+/** Where the settings open, on a display with a window manager. */
 class WindowPlacesTest : public QObject
 {
     Q_OBJECT
 
 private slots:
 
-    void theSettingsOpenBesideTheControllerWhereverItIs_data()
+    void theSettingsOpenAtTheRightOfTheMainWindow_data()
     {
         QTest::addColumn<QPoint>("place");
         QTest::newRow("in the middle") << QPoint(480, 220);
@@ -87,7 +85,7 @@ private slots:
         QTest::newRow("just with room at the right") << Windows().lastPlaceWithRoomAtTheRight();
     }
 
-    void theSettingsOpenBesideTheControllerWhereverItIs()
+    void theSettingsOpenAtTheRightOfTheMainWindow()
     {
         QFETCH(QPoint, place);
         Windows windows;
@@ -116,7 +114,7 @@ private slots:
         windows.desk.find<QPushButton>("settingsBtn")->click();
         QCOMPARE(placeOnScreen(windows.settings), place);
 
-        // Twice, for a place that shifts by the frame shifts at each opening.
+        // Open it twice: an error of the frame's width adds up.
         for (int opening = 0; opening < 2; ++opening) {
             windows.settings->close();
             QVERIFY(QTest::qWaitForWindowActive(windows.controller));
