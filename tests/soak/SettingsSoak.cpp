@@ -157,19 +157,6 @@ private:
     QSettings stored;
 };
 
-void writeFile(const QString& path, const QByteArray& content)
-{
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
-        qFatal("cannot write %s", qPrintable(path));
-}
-
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 /** Makes file modes apply to root, too. */
 class OrdinaryUser
 {
@@ -307,7 +294,7 @@ private slots:
             changes = found - FirstGeneration;
 
             // Counted because the next writer waits 30 seconds for the owner of such a lock.
-            if (QFileInfo::exists(lock) && contentOf(lock).isEmpty())
+            if (QFileInfo::exists(lock) && fileContent(lock).isEmpty())
                 ++emptyLocks;
         }
         qInfo("killed %d times during %d changes of the settings: the file was whole each time; the lock was "
@@ -321,12 +308,12 @@ private slots:
     {
         const OrdinaryUser user;
         Desk desk;
-        const QByteArray oldSettings = contentOf(desk.profile.settingsFile());
+        const QByteArray oldSettings = fileContent(desk.profile.settingsFile());
         QVERIFY(QFile::setPermissions(desk.profile.folder(), QFile::ReadOwner | QFile::ExeOwner));
         QVERIFY(!QFile(desk.profile.folder() + "/new").open(QIODevice::WriteOnly));
 
         changesStayInForceAndTheCameraIsSteered(desk);
-        QCOMPARE(contentOf(desk.profile.settingsFile()), oldSettings);
+        QCOMPARE(fileContent(desk.profile.settingsFile()), oldSettings);
         QCOMPARE(desk.profile.log(), QStringList());
         QFile::setPermissions(desk.profile.folder(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
@@ -360,20 +347,20 @@ private slots:
         writeFile(desk.profile.folder(), "a file where the folder should be");
 
         changesStayInForceAndTheCameraIsSteered(desk);
-        QCOMPARE(contentOf(desk.profile.folder()), QByteArray("a file where the folder should be"));
+        QCOMPARE(fileContent(desk.profile.folder()), QByteArray("a file where the folder should be"));
     }
 
     void aFullDiskDoesNotMatter()
     {
         Desk desk;
-        const QByteArray oldSettings = contentOf(desk.profile.settingsFile());
+        const QByteArray oldSettings = fileContent(desk.profile.settingsFile());
         writeFile(desk.profile.logFile(), "an old line\n");
         const FullDisk disk(0);
         QVERIFY(!QFile(desk.profile.logFile()).resize(100));
 
         changesStayInForceAndTheCameraIsSteered(desk);
-        QCOMPARE(contentOf(desk.profile.settingsFile()), oldSettings);
-        QCOMPARE(contentOf(desk.profile.logFile()), QByteArray("an old line\n"));
+        QCOMPARE(fileContent(desk.profile.settingsFile()), oldSettings);
+        QCOMPARE(fileContent(desk.profile.logFile()), QByteArray("an old line\n"));
     }
 
     // If only a part of the settings file fits on the disk, Qt 5.15 keeps this part. So the file is not

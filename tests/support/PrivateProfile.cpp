@@ -15,14 +15,14 @@ constexpr char Recorder[] = "#!/bin/sh\n"
                             "{ for argument; do printf '%s\\0' \"$argument\"; done; echo; } >>runs\n"
                             "exit \"$(cat exit-code)\"\n";
 
+} // namespace
+
 void writeFile(const QString& path, const QByteArray& content)
 {
     QFile file(path);
     if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
         qFatal("cannot write %s", qPrintable(path));
 }
-
-} // namespace
 
 QByteArray fileContent(const QString& path)
 {

@@ -6,6 +6,9 @@
 #include <QTemporaryDir>
 #include <QVector>
 
+/** Replaces the content of a file; the test ends if the file cannot be written. */
+void writeFile(const QString& path, const QByteArray& content);
+
 /** What is in a file; nothing if it cannot be read. */
 QByteArray fileContent(const QString& path);
 

@@ -28,12 +28,6 @@ public:
     bool hasDrawn(const QString& window) { return output().contains(" of " + window + '('); }
 };
 
-QByteArray contentOf(const QString& path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 } // namespace
 
 class ProgramTest : public QObject
@@ -155,12 +149,12 @@ private slots:
         profile.store("comport", camera.portName());
         profile.store("isstartuppreset", true);
         profile.store("startuppreset", 7);
-        const QByteArray settings = contentOf(profile.settingsFile());
+        const QByteArray settings = fileContent(profile.settingsFile());
 
         const Started program({"--help", "--preset=3", "COM9", "-v"});
 
         QCOMPARE(camera.nextFrame(), recallPreset(7));
-        QCOMPARE(contentOf(profile.settingsFile()), settings);
+        QCOMPARE(fileContent(profile.settingsFile()), settings);
     }
 };
 
