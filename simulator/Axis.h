@@ -5,15 +5,15 @@
 /**
  * One moving part of the camera: pan, tilt, zoom or focus.
  *
- * Its position is a plain function of time (milliseconds on the camera's clock) in the axis' own unit:
- * degrees for pan and tilt, the line's steps for zoom and focus. Speeds are that unit per second.
+ * Its position is a function of time, which is in milliseconds on the camera's clock. Pan and tilt are in
+ * degrees, zoom and focus in VISCA's position steps. Speeds are in degrees or steps per second.
  */
 class Axis
 {
 public:
     using Time = std::chrono::milliseconds;
 
-    /** Stands still at `start`, somewhere between its limits. */
+    /** Stands still at `start`, which has to be within the limits. */
     Axis(double lowLimit, double highLimit, double start);
 
     double position(Time now) const;
@@ -21,29 +21,29 @@ public:
     /** Whether the position still changes. */
     bool isMoving(Time now) const { return velocity != 0 && position(now) != until; }
 
-    /** Whether it runs without a target, be it against a limit. */
+    /** Whether it was told to run without a target. Stays true when it has stopped at a limit. */
     bool isDriven() const { return velocity != 0 && !hasTarget; }
 
-    /** Whether nothing has ended the last goTo(), under way or arrived. */
+    /** Whether the last order was goTo() and was not abandoned. Stays true when it has arrived. */
     bool isTargeted() const { return hasTarget; }
 
-    /** Runs until a limit or the next order; a negative speed runs down, 0 stops. */
+    /** Runs until it reaches a limit or gets the next order. A negative speed runs down, 0 stops. */
     void run(double speed, Time now);
 
-    /** Goes to `target`, or as far as the limits allow, at a speed greater than 0. */
+    /** Goes to `target`, or as far as the limits allow. The speed has to be greater than 0. */
     void goTo(double target, double speed, Time now);
 
-    /** Stops a goTo() under way; leaves an axis alone that runs without a target. */
+    /** Stops a goTo() that has not arrived yet. Does not stop an axis that runs without a target. */
     void abandonTarget(Time now);
 
-    /** When the last goTo(), which nothing has ended, reaches its target. */
+    /** When goTo() reaches its target. Call it only while isTargeted(). */
     Time arrival() const;
 
     double lowLimit() const { return low; }
 
     double highLimit() const { return high; }
 
-    /** The limits of the orders that follow; an axis that stands beyond them stays there until then. */
+    /** Sets the limits for later orders. An axis that stands beyond them stays there until the next order. */
     void setLimits(double lowLimit, double highLimit);
 
 private:

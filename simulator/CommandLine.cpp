@@ -12,7 +12,7 @@ namespace {
 
 constexpr int longestLateness = 600000;
 constexpr double longestSeconds = 86400;
-// The width of the names of frames.
+// The width of the column with the names of frames in the help.
 constexpr int nameWidth = 31;
 constexpr int usualBaudRate = 9600;
 constexpr int highestBaudRate = 4000000;
@@ -38,7 +38,7 @@ const char* const frameLegend =
     "position of zoom or focus, or a value in the range that stands there; in 2-3, 2 is on or automatic and\n"
     "3 is off or manual.";
 
-// The value of an option within its bounds; nothing if the option is not given.
+// Returns the value of an option; nothing if it is not given. Ends the program if it is out of range.
 template <typename Number>
 std::optional<Number> number(const QCommandLineParser& parser, const QString& name, Number lowest,
                              Number highest)

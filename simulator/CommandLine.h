@@ -8,7 +8,7 @@
 
 class QCoreApplication;
 
-/** What the program was asked for. */
+/** The options of vantrel-camera. */
 struct CommandLine
 {
     struct Replay
@@ -16,11 +16,11 @@ struct CommandLine
         QString dialogue;
         QString port;
         int baudRate;
-        /** Also a dialogue that changes what the camera keeps. */
+        /** Whether the dialogue may change what the camera stores, such as presets. */
         bool mayChange;
     };
 
-    /** The dialogue to hold with the camera at some port; if set, nothing else is asked for. */
+    /** If set, the program replays this dialogue and uses no other member. */
     std::optional<Replay> replay;
     ViscaCamera::Options camera = ViscaCamera::BusyRules::Lenient;
     ReplyFaults faults;
@@ -29,14 +29,14 @@ struct CommandLine
     ViscaCamera::Time comeBackAfter{1000};
 };
 
-/** Reads the program's arguments. Ends the program where they ask for help or version or are wrong. */
+/** Reads the program's arguments. Ends the program if they ask for help or version, or are wrong. */
 CommandLine readCommandLine(const QCoreApplication& application);
 
-/** Complains on standard error. */
+/** Prints a message on standard error. */
 void complain(const QString& message);
 
-/** Complains and ends the program with that status. */
+/** Prints a message on standard error and ends the program with this exit status. */
 [[noreturn]] void fail(const QString& message, int status);
 
-/** The status of a wrong use of the program. */
+/** The exit status for wrong arguments. */
 constexpr int exitUsage = 2;

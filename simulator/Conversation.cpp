@@ -13,16 +13,16 @@ namespace {
 using Time = Conversation::Time;
 using Kind = Dialogue::Step::Kind;
 
-// The line is quiet when it has been so for this long, but nobody waits longer for that.
+// The line is quiet when nothing has arrived for `quiet`. Wait for that at most `longestChatter`.
 constexpr Time quiet{50};
 constexpr Time longestChatter{3000};
-// What else the camera has to say has come by then.
+// How long to wait at the end for answers that are not expected.
 constexpr Time silenceAtTheEnd{100};
-// A camera that has not answered so many frames is not there.
+// If this many frames get no answer, there is no camera.
 constexpr int framesToAnswer = 2;
 const char* const nothing = "nothing";
 
-// What sets a part of the camera in motion until it is told to stop, and what stops it.
+// A command that moves a part of the camera until it is stopped, and the command that stops it.
 struct Motion
 {
     const char* drive;
@@ -110,7 +110,7 @@ void Conversation::takeAnswers(const QByteArray& bytes)
     }
 }
 
-// A socket is in use from its ACK to its completion or error; a cancel ends what it does.
+// A socket is in use from its ACK to its completion or error. Store the frame that cancels it.
 void Conversation::noteSocket(const QByteArray& answer)
 {
     const auto cancel = [](FrameNumbers numbers) {
@@ -125,7 +125,7 @@ void Conversation::noteSocket(const QByteArray& answer)
     }
 }
 
-// Whether the step is over; if not, the time or an answer goes on with it.
+// Whether the step is over. If not, proceed() performs it again later.
 bool Conversation::perform(const Dialogue::Step& step)
 {
     if (step.kind == Kind::Expect)
@@ -144,7 +144,7 @@ bool Conversation::perform(const Dialogue::Step& step)
     return true;
 }
 
-// Whether it is `time`, the line is quiet, and what has to stop has stopped.
+// Whether `time` has come and the line is quiet. After a difference and at the end, first stops what moves.
 bool Conversation::settles(Time time)
 {
     if (waits(std::max(time, std::min(lastByteAt + quiet, time + longestChatter))))
@@ -191,7 +191,7 @@ bool Conversation::expect(const Dialogue::Step& step)
     return true;
 }
 
-// Whether an answer is not that of the present step but that of one to come before the next frame.
+// Whether an answer does not match the current step, but a later one before the next frame.
 bool Conversation::isExpectedLater(const QByteArray& answer) const
 {
     for (auto step = current; step < dialogue.steps.size(); ++step) {
@@ -205,7 +205,7 @@ bool Conversation::isExpectedLater(const QByteArray& answer) const
 
 bool Conversation::matches(const Dialogue::Step& step, const QByteArray& answer) const
 {
-    // "90 41 FF": which socket it is, the camera may choose.
+    // The socket in a reply such as "90 41 FF", which the camera may choose.
     static const QRegularExpression socketReply("(?<=^.. [456])[12]");
     QString expected = step.bytes;
     const int socket = answer.size() > 1 ? answer.at(1) & 0x0F : 0;
@@ -227,7 +227,7 @@ void Conversation::rejectUnexpected()
         tell(nothing, answer, "differs");
 }
 
-// Sends frames and notes what they set in motion and what they stop.
+// Outputs frames and keeps track of what they set in motion and what they stop.
 void Conversation::say(const QByteArray& frames, const QString& remark)
 {
     report += QString("> %1%2").arg(hexadecimal(frames), afterGap(remark));

@@ -9,10 +9,12 @@
 #include <utility>
 
 /**
- * A dialogue being held with a camera, as its controller, without a line or a clock of its own.
+ * Plays the controller in a dialogue with a camera. It has no serial line and no clock: the owner passes
+ * bytes and times.
  *
- * A frame is sent when the line is quiet, so that an answer too many or too few is one difference and not
- * one in every later step. A difference and the end stop what the dialogue has set in motion.
+ * It sends a frame only when the line is quiet, so one missing or additional answer is one difference and
+ * does not shift all later steps. After a difference and at the end, it stops what the dialogue has set in
+ * motion.
  */
 class Conversation
 {
@@ -21,27 +23,28 @@ public:
 
     explicit Conversation(const Dialogue& dialogueToHold);
 
-    /** Goes on at `now`, when the camera has said `bytes`. */
+    /** Takes the bytes that the camera has sent and continues the dialogue at the time `now`. */
     void proceed(const QByteArray& bytes, Time now);
 
-    /** Sends what stops the camera, now. */
+    /** Outputs the frames that stop what the dialogue has set in motion. */
     void stop(Time now);
 
-    /** The bytes to be sent now, if any. */
+    /** Returns the bytes to send now and removes them here. */
     QByteArray takeOutput() { return std::exchange(output, {}); }
 
-    /** A line for each frame sent and for each answer, with what was expected and its milliseconds. */
+    /** Returns the new entries of the report: one for each frame sent, and one for each answer, with the
+     * expected answer and the time in milliseconds. */
     QStringList takeReport() { return std::exchange(report, {}); }
 
-    /** When to proceed() if the camera says nothing until then. */
+    /** When to call proceed() next if no bytes arrive before. */
     Time nextDue() const { return due; }
 
     bool isOver() const { return over; }
 
-    /** Whether not a byte came, although answers were expected. */
+    /** Whether the camera has sent nothing, although answers were expected. */
     bool isMute() const { return sentCount > 0 && differenceCount > 0 && !heardAnything; }
 
-    /** How many answers were missing, wrong, too early or not expected. */
+    /** The number of answers that were missing, wrong, too early or not expected. */
     int differences() const { return differenceCount; }
 
 private:
@@ -73,9 +76,9 @@ private:
     QStringList report;
     QByteArray received;
     std::deque<Answer> answers;
-    /** Those that were not expected where they came, until it is clear what they came instead of. */
+    /** Answers that were not expected, until it is clear in place of which step they came. */
     std::deque<Answer> unexpected;
-    /** What stops what the camera was told to move, and what cancels what it does in its sockets. */
+    /** The frame that stops each part set in motion, and the cancel frame of each socket in use. */
     QMap<std::size_t, QByteArray> stops;
     std::set<QByteArray> sockets;
     Time clock{0};
@@ -84,7 +87,7 @@ private:
     Time due{0};
     int sentCount = 0;
     int differenceCount = 0;
-    /** Nobody expects what the camera says before the first frame and to a stop. */
+    /** Whether to ignore what arrives: before the first frame, and after the frames that stop the camera. */
     bool isDeaf = true;
     bool hasDiffered = false;
     bool heardAnything = false;

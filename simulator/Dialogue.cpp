@@ -11,10 +11,10 @@ using Time = Dialogue::Time;
 
 const char* const noSuchLine = "this is no frame, answer or line of a head: ";
 
-// Some cameras in the field acknowledge a recall as late as that.
+// Some real cameras take this long to acknowledge a recall.
 constexpr Time usualPatience{3000};
 
-// The time after `word` in " after 300 ms within 2 s"; `otherwise` where there is none.
+// Returns the time after `word` in " after 300 ms within 2 s", or `otherwise` if there is none.
 Time timeAfter(const QString& word, const QString& times, Time otherwise)
 {
     const QRegularExpression form(word + " +(\\d+) +(m?s)");
@@ -25,7 +25,7 @@ Time timeAfter(const QString& word, const QString& times, Time otherwise)
     return match.captured(2) == "s" ? std::chrono::seconds(number) : Time(number);
 }
 
-// Beside the program where it is installed, and where it is built.
+// Its place relative to the program is the same when installed and when built.
 QString folder()
 {
     return QCoreApplication::applicationDirPath() + "/../share/vantrel/dialogues";

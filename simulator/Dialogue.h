@@ -7,15 +7,15 @@
 #include <chrono>
 #include <vector>
 
-/** What a controller sends and a camera answers, read from a file as simulator/dialogues/README.md describes.
- */
+/** What a controller sends and what the camera has to answer. The file format is described in
+ * simulator/dialogues/README.md. */
 struct Dialogue
 {
     using Time = std::chrono::milliseconds;
 
     struct Step
     {
-        /** The controller sends the bytes, the camera answers with them, or it says nothing. */
+        /** The controller sends the bytes, the camera answers with them, or the camera sends nothing. */
         enum class Kind
         {
             Send,
@@ -24,29 +24,30 @@ struct Dialogue
         };
 
         Kind kind;
-        /** As in the file: hexadecimal, with ? for any digit of an answer. */
+        /** Hexadecimal, as in the file; in an answer, ? stands for any digit. */
         QByteArray bytes;
-        /** Not earlier and not later than this, counted from the last Send. */
+        /** The earliest and the latest time, counted from the last Send. */
         Time after;
         Time within;
         QString remark;
     };
 
-    /** The name of its file, without folder and ending. */
+    /** The file name without folder and suffix. */
     QString name;
-    /** What stands above the first frame. */
+    /** The remarks above the first frame. */
     QStringList remarks;
-    /** What vantrel-camera has to be started with to answer like this. */
+    /** The options with which vantrel-camera answers like this. */
     QStringList cameraOptions;
     /** Only a camera without --strict answers like this. */
     bool isLenient = false;
-    /** Whether an answer has to come from the very socket; otherwise any of the two will do. */
+    /** Whether the socket in an answer has to match. Otherwise either socket is accepted. */
     bool socketsMatter = false;
-    /** What the camera keeps of it at the end, such as presets; empty for nothing. */
+    /** What the dialogue changes permanently in the camera, such as presets; empty for nothing. */
     QString changes;
     std::vector<Step> steps;
 
-    /** Reads a file at that path or an installed one of that name. Returns nothing, or why it failed. */
+    /** Reads the file at this path, or the installed dialogue of this name. Returns the reason of a failure,
+     * else an empty text. */
     QString read(const QString& nameOrPath);
 
 private:

@@ -14,7 +14,7 @@ bool isNumber(char letter)
 
 std::optional<FrameNumbers> matchFrame(const QByteArray& frame, std::string_view pattern)
 {
-    // Most patterns do not even have the length.
+    // Fast path: most patterns have another length.
     if (static_cast<std::size_t>(frame.size()) * 3 != pattern.size() + 1)
         return std::nullopt;
     const QByteArray given = frame.toHex(' ').toUpper();

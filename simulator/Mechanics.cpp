@@ -7,7 +7,7 @@ namespace {
 using Time = Mechanics::Time;
 using Parts = Mechanics::Parts;
 
-// At the standard speed the lens goes from end to end in 4.5 seconds.
+// Seconds from one end of the range to the other, for zoom and focus at the standard speed.
 constexpr double lensCrossing = 4.5;
 
 // The bits of the pan-tilt status.
@@ -19,7 +19,7 @@ constexpr int atTiltHighLimit = 0x04;
 constexpr int atPanHighLimit = 0x02;
 constexpr int atPanLowLimit = 0x01;
 
-// Degrees per second: at the fastest codes 80 and 50.
+// In degrees per second. The fastest codes have 80 (pan) and 50 (tilt).
 double panSpeed(int code)
 {
     return std::clamp(code, Mechanics::slowestCode, Mechanics::fastestPanCode) * 80.0 /

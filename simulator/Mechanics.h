@@ -7,16 +7,16 @@
 #include <array>
 
 /**
- * What moves in the camera: pan and tilt in degrees (plus is right and up), the zoom from 0 (wide) to 0x4000
- * (tele) and the focus from 0x1000 (far) to 0xF000 (near). Speeds come as VISCA's codes; one beyond a part's
- * slowest or fastest acts as that. Times are milliseconds on the camera's clock.
+ * The moving parts of the camera: pan and tilt in degrees (positive is right and up), the zoom from 0 (wide)
+ * to 0x4000 (tele) and the focus from 0x1000 (far) to 0xF000 (near). Speeds are VISCA's speed codes; a code
+ * out of a part's range acts as its slowest or fastest. Times are in milliseconds on the camera's clock.
  */
 class Mechanics
 {
 public:
     using Time = std::chrono::milliseconds;
 
-    /** The moving parts, in the order of their axes. */
+    /** The moving parts, as flags in the order of `axes`. */
     enum Part
     {
         Pan = 1,
@@ -28,13 +28,13 @@ public:
     };
     Q_DECLARE_FLAGS(Parts, Part)
 
-    /** One step of the pan and tilt positions on the line, in degrees. */
+    /** One step of VISCA's pan and tilt positions, in degrees. */
     static constexpr double degreesPerStep = 0.075;
 
-    /** A direction on the line, in steps as two's complement of 16 bits, in degrees. */
+    /** Converts a VISCA pan or tilt position, 16 bits in two's complement, to degrees. */
     static double degrees(int steps) { return (steps < 0x8000 ? steps : steps - 0x10000) * degreesPerStep; }
 
-    /** Pan goes as far to either side. */
+    /** Pan has the same limit on both sides. */
     static constexpr double panLimit = 0x08DB * degreesPerStep;
     static constexpr double tiltLowLimit = -0x0190 * degreesPerStep;
     static constexpr double tiltHighLimit = 0x04B0 * degreesPerStep;
@@ -42,7 +42,7 @@ public:
     static constexpr double focusFar = 0x1000;
     static constexpr double focusNear = 0xF000;
 
-    /** The speed codes with a speed of their own. */
+    /** The slowest, standard and fastest speed codes. */
     static constexpr int slowestCode = 0x01;
     static constexpr int fastestPanCode = 0x18;
     static constexpr int fastestTiltCode = 0x14;
@@ -70,40 +70,43 @@ public:
 
     double focus(Time now) const { return focusAxis.position(now); }
 
-    /** Whether one of the parts still changes. */
+    /** Whether the position of at least one of these parts still changes. */
     bool isMoving(Parts parts, Time now) const;
 
-    /** Whether pan or tilt run without a target, or would if they were not at their limit. */
+    /** Whether pan or tilt was told to run without a target. Stays true when it has stopped at a limit. */
     bool isDriven() const { return panAxis.isDriven() || tiltAxis.isDriven(); }
 
-    /** Runs until the limits or the next order. A way is -1, 0 (stops) or 1: right, up, tele, near. */
+    /** Run until they reach a limit or get the next order. A way is -1, 0 (stop) or 1 (right, up, tele,
+     * near). */
     void drive(int panWay, int panCode, int tiltWay, int tiltCode, Time now);
     void driveLens(Part part, int way, int code, Time now);
 
-    /** Goes to a direction in degrees, or as far as the limits allow. Tilt code 0 means the speed of pan. */
+    /** Goes to a position in degrees, or as far as the limits allow. Tilt code 0 means the speed of pan. */
     void goTo(double pan, double tilt, int panCode, int tiltCode, Time now);
 
-    /** Sends zoom or focus, or neither, to a position or as far as it can go, at full speed. */
+    /** Sends those of zoom and focus that are in `parts` to a position, or as far as the limits allow, at
+     * full speed. */
     void lensTo(Parts parts, double target, Time now);
 
-    /** Stops what is on its way to a target; leaves alone what is driven. */
+    /** Stops parts on their way to a target. Does not stop parts that run without one. */
     void abandonTargets(Parts parts, Time now);
 
     void stopEverything(Time now);
 
-    /** Whether there are parts and all of them were sent to a target. */
+    /** Whether `parts` is not empty and all of them were sent to a target. */
     bool areTargeted(Parts parts) const;
 
-    /** When `parts`, all sent to a target, have reached it; time 0 for no part. */
+    /** When all these parts reach their target; 0 for no part. Call it only for parts sent to a target. */
     Time arrival(Parts parts) const;
 
-    /** Whether a limit there leaves anything between it and the opposite corner. */
+    /** Whether this limit would not be beyond the limit of the opposite corner. */
     bool mayLimit(Corner corner, double pan, double tilt) const;
 
-    /** Lets pan and tilt go no further than that direction, in degrees, from the next order on. */
+    /** Limits pan and tilt to this position, in degrees, from the next order on. */
     void setLimit(Corner corner, double pan, double tilt);
 
-    /** The answer to VISCA's pan-tilt status inquiry: initialised, moving or arrived, and at which limits. */
+    /** The status bits for VISCA's pan-tilt status inquiry: initialised, moving or arrived, and at which
+     * limits. */
     int panTiltStatus(Time now) const;
 
 private:

@@ -16,7 +16,7 @@ constexpr int exitSignalBase = 128;
 
 constexpr DeviceId wchCh340{"1a86", "7523"};
 
-// The signals that end programs, and the one that says that a child has ended.
+// The signals that end programs, and SIGCHLD.
 sigset_t awaitedSignals()
 {
     sigset_t awaited;
@@ -26,7 +26,7 @@ sigset_t awaitedSignals()
     return awaited;
 }
 
-// Passes on what asks for the end, and stays until the child has ended: it needs the mocked bus to the last.
+// Passes signals on and waits until the child has ended, because the child needs the mocked bus.
 int statusAtEndOf(pid_t child, const sigset_t& awaited)
 {
     int status = 0;
@@ -41,9 +41,8 @@ int statusAtEndOf(pid_t child, const sigset_t& awaited)
 } // namespace
 
 /**
- * Runs a program on a made-up computer whose one USB serial adapter leads to a terminal, and ends with the
- * program's exit status. So a controller finds the simulated camera by itself. Needs umockdev-wrapper around
- * it.
+ * Runs a program with a mocked USB bus, whose only serial adapter is connected to a terminal. Ends with the
+ * program's exit status. So AUTO finds the simulated camera. Start it with umockdev-wrapper.
  */
 int main(int argc, char* argv[])
 {
@@ -51,7 +50,7 @@ int main(int argc, char* argv[])
         static_cast<void>(std::fputs("Usage: on-usb PORT TERMINAL PROGRAM [ARGUMENT...]\n", stderr));
         return exitUsage;
     }
-    // Before the bus starts threads, which would take them otherwise.
+    // Block the signals before the bus starts threads. Otherwise a thread could receive them.
     const sigset_t awaited = awaitedSignals();
     sigset_t former;
     sigprocmask(SIG_BLOCK, &awaited, &former);
@@ -63,9 +62,10 @@ int main(int argc, char* argv[])
     const pid_t child = fork();
     if (child == 0) {
         sigprocmask(SIG_SETMASK, &former, nullptr);
-        // Out of the terminal's reach: Ctrl+C comes once, from here. The second one would end it at once.
+        // In a process group of its own, the child gets Ctrl+C only once, from us. A second one would end it
+        // at once.
         setpgid(0, 0);
-        // Without its computer it has no camera.
+        // End the program when on-usb ends: the mocked bus goes with it.
         prctl(PR_SET_PDEATHSIG, SIGTERM);
         execvp(argv[3], argv + 3);
         std::perror(argv[3]);

@@ -12,7 +12,8 @@
 
 namespace {
 
-// "/dev/pts/12" and "/dev/pts/3" are of one kind, as are "/dev/ttys012" and "/dev/ttys003".
+// The terminals of one kind differ only in their number: "/dev/pts/12" and "/dev/pts/3", "/dev/ttys012" and
+// "/dev/ttys003".
 QString withoutNumber(const QString& terminal)
 {
     static const QRegularExpression number("\\d+$");

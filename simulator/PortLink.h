@@ -2,12 +2,11 @@
 
 #include <QString>
 
-/** A symbolic link to the pseudo-terminal of the moment, at a path that stays; it goes away with this object.
- */
+/** A symbolic link with a fixed path to the current pseudo-terminal. Removed with this object. */
 class PortLink
 {
 public:
-    /** Where the link will stand; with an empty path no link is wanted and everything succeeds. */
+    /** Sets the path of the link. With an empty path no link is made, and all functions succeed. */
     explicit PortLink(const QString& path)
         : linkPath(path)
     {
@@ -19,10 +18,11 @@ public:
 
     QString path() const { return linkPath; }
 
-    /** Makes or moves the link, in one step; leaves alone what is no such link. Empty, or why it failed. */
+    /** Creates or replaces the link atomically. Replaces nothing but a link to a terminal of the same kind.
+     * Returns the reason of a failure, else an empty text. */
     QString pointTo(const QString& terminal);
 
-    /** Takes the link away, unless it leads elsewhere by now. */
+    /** Removes the link, unless it points elsewhere by now. */
     void remove();
 
 private:

@@ -20,11 +20,11 @@
 
 namespace {
 
-// Enough for any client that takes turns with its camera, and a bound for one that never stops sending.
+// More than any client sends before it waits for the camera, and a limit for one that never stops sending.
 constexpr int mostPerRead = 0x10000;
 
-// EXTPROC with packet mode on the other side reports each tcsetattr() of a client there; the bytes stay
-// untouched.
+// With EXTPROC, packet mode also reports each tcsetattr() of a client to the master. The bytes are not
+// changed.
 bool makeRaw(int descriptor)
 {
     termios settings{};
@@ -36,8 +36,8 @@ bool makeRaw(int descriptor)
     return tcsetattr(descriptor, TCSANOW, &settings) == 0;
 }
 
-// QSerialPort locks a port by this file. A client that was killed leaves it behind, and of another user's
-// only that user gets rid.
+// QSerialPort creates this lock file for a port. A killed client leaves it behind, and another user cannot
+// remove it.
 bool hasLock(const QString& path)
 {
     constexpr char devices[] = "/dev/";
@@ -70,16 +70,17 @@ bool PseudoTerminal::openLine()
         return false;
     slavePath = QFile::decodeName(name);
     if (hasLock(slavePath)) {
-        // Open for so long that the next one is another.
+        // Keep this terminal open meanwhile, so that the system returns another one.
         int locked = std::exchange(master, -1);
         const bool isOpened = openLine();
         closeDescriptor(locked);
         return isOpened;
     }
 
-    // Held open for as long as the line is up: without it the settings could be lost with the last client,
-    // the master would report "hung up" without end while there is none, and an exclusive use left behind
-    // could not be lifted. For reading only, which tells its closing from that of a client.
+    // Keep the slave open as long as the line is up. Without it, the settings could be lost when the last
+    // client closes the port, the master would report a hang-up all the time while there is no client, and an
+    // exclusive use that a killed client left behind could not be ended. Open it for reading only:
+    // IN_CLOSE_WRITE then reports only clients.
     slave = open(name, O_RDONLY | O_NOCTTY | O_CLOEXEC);
     int on = 1;
     return slave != -1 && makeRaw(slave) && fcntl(master, F_SETFD, FD_CLOEXEC) == 0 &&
@@ -103,7 +104,8 @@ bool PseudoTerminal::watchLine()
 #endif
 }
 
-// The master says "hung up" while no descriptor of the other side is open, so this side's must not be.
+// The master reports a hang-up while no descriptor of the slave is open. So close ours to see whether a
+// client has one.
 bool PseudoTerminal::hasClient()
 {
     ioctl(slave, TIOCNXCL);
@@ -126,13 +128,12 @@ QByteArray PseudoTerminal::read()
             continue;
         if (size <= 0)
             break;
-        // In packet mode the first byte says whether data follows or the client did something to the line;
-        // macOS then adds the client's settings.
+        // In packet mode the first byte tells whether data follows or the client has changed the line. In the
+        // second case macOS adds the client's settings.
         if (packet.front() == TIOCPKT_DATA)
             arrived.append(packet.data() + 1, static_cast<int>(size) - 1);
     }
-    // Nobody tells this side that a client was killed, so its exclusive use is lifted while it is still
-    // alive.
+    // We are not told when a client is killed, so end its exclusive use while it is still running.
     ioctl(slave, TIOCNXCL);
     if (closings != -1 && ::read(closings, packet.data(), packet.size()) > 0 && !hasClient()) {
         tcflush(master, TCOFLUSH);
@@ -158,7 +159,7 @@ bool PseudoTerminal::write(const QByteArray& bytes)
     return true;
 }
 
-// The master goes first: that is what hangs up the clients.
+// Close the master first: this hangs up the clients.
 void PseudoTerminal::hangUp()
 {
     closeDescriptor(master);

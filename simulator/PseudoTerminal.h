@@ -4,16 +4,17 @@
 #include <QString>
 
 /**
- * The far end of a serial line: a POSIX pseudo-terminal whose path() a program opens as its serial port.
+ * The camera's end of a serial line: a POSIX pseudo-terminal whose path() a program opens as its serial port.
  *
- * The line is raw from the start, and nothing here waits. Clients may come and go, or be killed: their
- * exclusive use of the port ends at the next read(), and what they sent is kept. As at a real port, what
- * arrives while nobody has it open is dropped, and on Linux so is what a client leaves unread.
+ * The line is in raw mode from the start, and no function here blocks. Clients may open and close the port,
+ * or be killed: the next read() ends their exclusive use of the port, and what they sent is kept. As at a
+ * real port, what is written while no client has it open is dropped. On Linux, so is what a client leaves
+ * unread when it closes the port.
  */
 class PseudoTerminal
 {
 public:
-    /** Opens a new line; isOpen() tells whether that worked and errorString() why not. */
+    /** Opens a new line. If that fails, isOpen() is false and errorString() tells why. */
     PseudoTerminal();
 
     ~PseudoTerminal() { hangUp(); }
@@ -24,19 +25,21 @@ public:
 
     QString errorString() const { return error; }
 
-    /** Where the client opens the line, such as "/dev/pts/5"; kept after hangUp(). */
+    /** The path at which a client opens the line, such as "/dev/pts/5". Stays the same after hangUp(). */
     QString path() const { return slavePath; }
 
-    /** Readable when bytes arrive or a client sets up the line or leaves: then read(). -1 once hung up. */
+    /** A descriptor that becomes readable when bytes arrive and when a client configures or closes the port:
+     * then call read(). -1 after hangUp(). */
     int descriptor() const { return watched; }
 
-    /** What has arrived, up to about 64 KiB at a time; empty when nothing has, or once hung up. */
+    /** Returns what has arrived, up to about 64 KiB at a time; empty if nothing has, and after hangUp(). */
     QByteArray read();
 
-    /** Sends `bytes`, to nobody if the port is not open. False if the line did not take them all. */
+    /** Sends `bytes`; drops them if no client has the port open. Returns false if the line did not accept
+     * them all. */
     bool write(const QByteArray& bytes);
 
-    /** Hangs up the line for good, which a client sees as a pulled USB adapter. */
+    /** Hangs up the line for good. A client sees this as a pulled USB adapter. */
     void hangUp();
 
 private:
@@ -46,7 +49,7 @@ private:
 
     int master = -1;
     int slave = -1;
-    /** Tells when a client closes the port; -1 where the system cannot. */
+    /** The inotify descriptor that reports when a client closes the port; -1 on other systems than Linux. */
     int closings = -1;
     int watched = -1;
     QString slavePath;

@@ -7,7 +7,7 @@
 
 namespace {
 
-// Every value in a range, in order.
+// All values of a range, in ascending order.
 std::vector<int> valuesIn(const char* range)
 {
     std::vector<int> values;
@@ -39,7 +39,7 @@ int Register::neighbour(int value, int places) const
 
 const std::vector<Register>& Registers::table()
 {
-    // Name, what sets it, what steps it, its inquiry, its range, its value after power-on.
+    // Name, sets, steps, inquiry, range, value after power-on, block letter.
     static const std::vector<Register> rows{
         {focusMode, "01 04 38 0p", "01 04 38 10", "09 04 38", "2-3", on},
         {"one-push focus", "01 04 18 01", "", "", "", 0},

@@ -5,28 +5,29 @@
 #include <map>
 #include <vector>
 
-/** Something that the camera's picture is set to, as a camera's manual describes it. */
+/** A setting of the camera, such as its white balance, with its frames as in a camera's manual. */
 struct Register
 {
     const char* name;
-    /** The frame, without address and FF, that sets the value p. One without p changes nothing. */
+    /** The frame, without address and FF, that sets the value p. A frame without p changes nothing. */
     const char* sets;
-    /** Steps from the value: s is 0 back to that after power-on, 2 up, 3 down. A frame without s goes over
-       between on and off. Empty where the camera has none, as is the inquiry. */
+    /** The frame that changes the value step by step. s is 0 (the value after power-on), 2 (up) or 3 (down).
+     * A frame without s toggles between on and off. Empty if there is no such frame. */
     const char* steps;
+    /** Empty if there is no inquiry. */
     const char* inquiry;
-    /** The values there are, hexadecimal as in the frame: "2-3", "0 3 A-D". */
+    /** The valid values, hexadecimal as in the frame: "2-3", "0 3 A-D". */
     const char* range;
     int afterPowerOn;
-    /** Stands for the value in the answers to block inquiries. */
+    /** The letter of the value in the patterns of the block inquiries' answers; 0 if no block has it. */
     char blockLetter = 0;
 
-    /** The pattern of the answer to its inquiry: what the frame that sets it has beyond the inquiry. */
+    /** The pattern of the answer to its inquiry. It has the bytes of `sets` that `inquiry` lacks. */
     QByteArray answer() const { return "x0 50" + QByteArray(sets).mid(QByteArray(inquiry).size()) + " FF"; }
 
     bool hasValue(int value) const;
 
-    /** The value so many places further on in the range; beyond its ends the first or the last. */
+    /** The value that is this many places further in the range; at most the last, at least the first. */
     int neighbour(int value, int places) const;
 };
 
@@ -34,7 +35,7 @@ struct Register
 class Registers
 {
 public:
-    /** Those that the camera itself looks at. */
+    /** The names of the registers that the code of the camera uses. */
     static constexpr char focusMode[] = "focus mode";
     static constexpr char backlight[] = "backlight";
     static constexpr char exposureCompensation[] = "exposure compensation";
@@ -43,17 +44,17 @@ public:
     static constexpr char digitalZoom[] = "digital zoom";
     static constexpr char recallSpeed[] = "recall speed";
 
-    /** VISCA's values for what can be on or off, or automatic or manual. */
+    /** VISCA's values for on and off, and for automatic and manual. */
     static constexpr int on = 2;
     static constexpr int off = 3;
 
-    /** Every register. Whoever knows a camera's manual can add a row. */
+    /** All registers. To add one, add a row as the camera's manual describes it. */
     static const std::vector<Register>& table();
 
-    /** All values are those after power-on. */
+    /** Sets all registers to their values after power-on. */
     Registers();
 
-    /** Of one of the names above; with any other the program ends. */
+    /** The value of the register with this name, which has to be in the table. */
     int value(const QByteArray& name) const { return values.at(name); }
 
     bool isOn(const QByteArray& name) const { return value(name) == on; }

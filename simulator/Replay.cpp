@@ -19,11 +19,11 @@ QString Replay::start(const QString& portName, int baudRate)
 {
     given = portName;
     port.setPortName(given);
-    // The other settings of a closed port are those wanted: 8N1 without flow control.
+    // Keep the port's other defaults: 8 data bits, no parity, one stop bit, no flow control.
     port.setBaudRate(baudRate);
     if (!port.open(QIODevice::ReadWrite))
         return QString("cannot open %1: %2").arg(portName, port.errorString());
-    // What was there before belongs to no dialogue.
+    // Drop what arrived before the dialogue.
     port.clear();
     clock.start();
     proceed();
@@ -43,10 +43,10 @@ bool Replay::interrupt()
 
 void Replay::proceed()
 {
-    // A successful open() says that there is no error; a failed one is told by start().
+    // errorOccurred() also comes from open(): with NoError, or for a failure, which start() returns.
     if (!port.isOpen() || !clock.isValid())
         return;
-    // Not every version of Qt tells that a port is lost. tcgetattr() fails once the device is gone.
+    // Not every version of Qt reports that the device is gone. tcgetattr() fails once it is.
     termios settings{};
     if (tcgetattr(port.handle(), &settings) != 0)
         return finish(QString("the port is lost: %1").arg(qt_error_string(errno)));

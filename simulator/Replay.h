@@ -7,7 +7,7 @@
 #include <QSerialPort>
 #include <QTimer>
 
-/** Holds a dialogue with whatever camera is at a serial port, in the event loop of its thread. */
+/** Holds a dialogue with the camera at a serial port. Needs an event loop. */
 class Replay : public QObject
 {
     Q_OBJECT
@@ -15,20 +15,22 @@ class Replay : public QObject
 public:
     explicit Replay(const Dialogue& dialogue);
 
-    /** Opens the port, a name or a path, and begins. Returns an empty text, or why it failed. */
+    /** Opens the port, given by name or path, and begins. Returns the reason of a failure, else an empty
+     * text. */
     QString start(const QString& portName, int baudRate);
 
-    /** Stops what a dialogue not over yet has set in motion. Returns whether there was one. */
+    /** If the dialogue is not over yet, ends it and stops what it has set in motion. Returns whether it was.
+     */
     bool interrupt();
 
-    /** How many answers were not the expected ones. */
+    /** The number of answers that were missing, wrong, too early or not expected. */
     int differences() const { return conversation.differences(); }
 
-    /** Why the dialogue ended before its time; empty if it did not. */
+    /** Why the dialogue ended early; empty if it did not. */
     QString failure() const { return failureReason; }
 
 signals:
-    /** A line of Conversation::takeReport(). */
+    /** A new entry of Conversation::takeReport(). */
     void reported(const QString& line);
 
     /** The dialogue is over. */

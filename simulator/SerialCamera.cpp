@@ -6,7 +6,7 @@
 
 namespace {
 
-// Long enough that a controller reads the bytes one by one.
+// So long that a controller reads each byte separately.
 constexpr ViscaCamera::Time gapBetweenBytes{5};
 
 } // namespace
@@ -38,7 +38,8 @@ QString SerialCamera::plugIn()
     emit reported(QString("Camera at %1").arg(terminal->path()));
     if (!portLink.path().isEmpty())
         emit reported(QString("Link at %1").arg(portLink.path()));
-    // No fault delays it: a controller that came meanwhile would take it for an answer.
+    // Do not delay it, whatever the faults: a controller that opens the port meanwhile would take it for an
+    // answer.
     for (const ViscaCamera::Event& event : camera.comeOntoLine(now())) {
         tell(event);
         terminal->write(event.bytes);

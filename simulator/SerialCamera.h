@@ -13,41 +13,41 @@
 #include <optional>
 #include <vector>
 
-/** What a bad line or a bad camera does to the replies on their way to the controller. They combine. */
+/** Faults that a bad line or camera adds to the replies. They can be combined. */
 struct ReplyFaults
 {
     bool noReplies = false;
     ViscaCamera::Time late{0};
-    /** Every byte comes by itself, a few milliseconds after the one before. */
+    /** Sends every byte separately, a few milliseconds after the one before. */
     bool split = false;
 };
 
 /**
- * A camera on a serial line, in the event loop of its thread. No timer runs while nothing is due. Unplugged
- * it lives on: it keeps moving and loses what it says.
+ * A camera on a serial line. Needs an event loop. No timer runs while nothing is due. While it is unplugged,
+ * the camera keeps moving and its replies are lost.
  */
 class SerialCamera : public QObject
 {
     Q_OBJECT
 
 public:
-    /** Not plugged in yet; `link` is the path of its symbolic link, empty for none. */
+    /** The camera is not plugged in yet. `link` is the path of its symbolic link, empty for none. */
     SerialCamera(const ViscaCamera::Options& options, const ReplyFaults& replyFaults, const QString& link);
 
-    /** Opens a new line, to which the link then leads. Returns an empty text, or why it failed. */
+    /** Opens a new line and points the link to it. Returns the reason of a failure, else an empty text. */
     QString plugIn();
 
-    /** Hangs up the line, takes the link away and reports "Hung up". */
+    /** Hangs up the line, removes the link and reports "Hung up". */
     void unplug();
 
-    /** The camera as it is now; what fell due until now is reported first. */
+    /** Returns the camera in its present state. First reports what has become due. */
     const ViscaCamera& present();
 
 signals:
-    /** A frame, noise or a reply, at the moment the camera takes or gives it. */
+    /** The camera has received a frame or noise, or has given a reply. */
     void happened(const ViscaCamera::Event& event);
 
-    /** One line, without its end, for each thing that happens, as the program's help lists them. */
+    /** An entry for standard output, without line feed, as listed in the program's help. */
     void reported(const QString& line);
 
 private slots:
@@ -55,7 +55,7 @@ private slots:
     void passTime() { handle(camera.advance(now())); }
 
 private:
-    /** Bytes to be written by themselves, and when. */
+    /** Bytes to write in one go, and the time for it. */
     struct Piece
     {
         ViscaCamera::Time due;

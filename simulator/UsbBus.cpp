@@ -1,4 +1,4 @@
-// GLib has members named "signals", which Qt makes a keyword.
+// Include it before Qt: GLib has members named "signals", which is a macro in Qt.
 #include <umockdev.h>
 
 #include "UsbBus.h"
@@ -29,8 +29,8 @@ QByteArray devicePath(const QString& port)
     return "/dev/" + port.toLatin1();
 }
 
-// On its own the mocked bus refuses the requests that QSerialPort makes of a line, such as exclusive use. The
-// terminal behind the port can answer them.
+// Passes ioctl() calls on to the terminal behind the port. By itself the mocked bus refuses those that
+// QSerialPort needs, such as exclusive use.
 gboolean askTerminal(UMockdevIoctlBase* /*handler*/, UMockdevIoctlClient* client, gpointer /*data*/)
 {
     int error = 0;

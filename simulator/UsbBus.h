@@ -7,7 +7,7 @@
 
 #include <memory>
 
-/** What a device says it is: vendor and product identifier, four hexadecimal digits each. */
+/** The USB or PCI identifiers of vendor and product, four hexadecimal digits each. */
 struct DeviceId
 {
     const char* vendor;
@@ -15,34 +15,36 @@ struct DeviceId
 };
 
 /**
- * The serial ports of a made-up computer, in place of the real ones, for this process and those that it
- * starts. Needs umockdev-wrapper around the process; create it before the program.
+ * Mocks the serial ports of the computer, for this process and its children: they see these ports in place of
+ * the real ones. Start the process with umockdev-wrapper, and create this object before anything looks for
+ * ports.
  */
 class UsbBus
 {
 public:
-    /** An empty computer; without umockdev-wrapper around it the process ends here. */
+    /** Begins without ports. Ends the process if it was not started with umockdev-wrapper. */
     UsbBus();
     ~UsbBus();
     Q_DISABLE_COPY(UsbBus)
 
     /**
-     * Plugs a serial adapter into a socket, such as "1-2"; its port leads to `terminal`, with none it cannot
-     * be opened. Returns its name: the lowest free "ttyUSB" number, counted from one of this process alone.
+     * Plugs a serial adapter into a USB socket, such as "1-2". Its port is a link to `terminal`; without one
+     * it cannot be opened. Returns the port's name: `name`, or else "ttyUSB" with the lowest free number of a
+     * range that only this process uses.
      */
     QString plug(const QByteArray& socket, const DeviceId& id, const QString& terminal = {},
                  const QString& name = {});
 
-    /** Takes the adapter with this port off the bus. Its line is not hung up. */
+    /** Removes the adapter with this port from the bus. Does not hang up its line. */
     void unplug(const QString& port);
 
-    /** Adds a port on a PCI card, listed before all adapters. It cannot be opened. */
+    /** Adds a port on a PCI card. It is listed before all adapters and cannot be opened. */
     void addPciPort(const QString& port, const DeviceId& id)
     {
         identify(addPort(port, addDevice("pci", "0000:03:00.0")), "pci", id);
     }
 
-    /** Adds a port on the main board, without identifiers, listed like those. It cannot be opened. */
+    /** Adds a port on the main board, without identifiers. It is listed like those and cannot be opened. */
     void addBuiltInPort(const QString& port) { addPort(port, addDevice("pnp", "00:05")); }
 
 private:

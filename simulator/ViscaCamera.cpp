@@ -8,21 +8,20 @@ namespace {
 
 using Time = ViscaCamera::Time;
 
-// A camera takes one command per video frame; 60 of them a second.
+// A camera accepts one command per video frame, 60 a second.
 constexpr Time videoFrame{17};
-// Cameras in the field acknowledge 20 to 35 ms after the command and complete a drive 11 ms later.
+// Real cameras acknowledge a command after 20 to 35 ms and complete a drive 11 ms later.
 constexpr Time replyDelay{25};
 constexpr Time completionDelay{11};
-// About a second of commands; what arrives beyond that is answered like a command that finds both sockets
-// busy.
+// About a second of commands. Further ones are answered as if both sockets were busy.
 constexpr std::size_t longestQueue = 64;
-// An unfinished frame followed by this much silence will never be finished.
+// After this time without bytes, an unfinished frame is dropped.
 constexpr Time frameTimeout{1000};
 
 constexpr int broadcast = 8;
 constexpr int highestAddress = 7;
 
-// The frame with its numbers, such as "absolute position, pan 19.2, tilt -9.6 degrees, speeds 5 and 5".
+// Describes a frame, such as "absolute position, pan 19.2, tilt -9.6 degrees, speeds 5 and 5".
 QString inWords(const ViscaCamera::KnownFrame& known, const FrameNumbers& numbers)
 {
     QString words = known.name;
@@ -126,7 +125,7 @@ void ViscaCamera::takeByte(char byte)
         return;
     }
     finishNoise();
-    // One byte too many is kept to tell a frame that is too long, and no more than that.
+    // Store one byte more than a valid frame has: this is enough to recognise one that is too long.
     if (unfinished.size() <= longestFrame)
         unfinished.append(byte);
     if (byte == frameEnd)
@@ -139,7 +138,7 @@ void ViscaCamera::finishNoise()
         events.push_back({Event::Kind::Noise, std::exchange(noise, {}), "no frame, ignored"});
 }
 
-// When nobody expects the rest of an unfinished frame any more.
+// When an unfinished frame is dropped.
 std::optional<Time> ViscaCamera::patienceEnds() const
 {
     return unfinished.isEmpty() ? std::nullopt : std::optional(lastByteAt + frameTimeout);
@@ -159,7 +158,8 @@ void ViscaCamera::frameArrived(const QByteArray& frame)
     pending.push_back({taken + replyDelay, std::move(action)});
 }
 
-// What the camera does on a frame, and the frame in words; nothing for a frame that gets no answer.
+// Returns the action for a frame, and its description in `words`. There is no action for a frame without an
+// answer.
 std::function<void()> ViscaCamera::decode(const QByteArray& frame, QString& words)
 {
     const int receiver = frame.at(0) & 0x0F;
@@ -178,7 +178,7 @@ std::function<void()> ViscaCamera::decode(const QByteArray& frame, QString& word
         if (known.frame == addressSet && (numbers->value('p') < 1 || numbers->value('p') > highestAddress))
             continue;
         words = inWords(known, *numbers);
-        // It holds for the very next frame.
+        // Change it now, because it applies to the next frame, which may arrive before the answer.
         if (known.frame == addressSet)
             address = numbers->value('p');
         return [this, &known, found = *numbers] { known.act(*this, found); };
@@ -210,7 +210,7 @@ void ViscaCamera::refuse()
 
 bool ViscaCamera::isRefused(Task task) const
 {
-    // What is under way, and what is refused then.
+    // The task in progress, and the tasks that are refused during it.
     static const std::map<Task, std::set<Task>> refusals{
         {Task::Drive, {Task::Travel, Task::Recall, Task::StorePreset}},
         {Task::Travel, {Task::Drive, Task::Recall, Task::StorePreset, Task::ResetPreset}},
@@ -233,7 +233,8 @@ bool ViscaCamera::isUnderWay(Task task) const
     });
 }
 
-// Whoever loses pan and tilt ends; whoever loses only the zoom goes on, unless there is nothing else to it.
+// A command ends when a newer one takes its pan and tilt, or all its parts. If only the zoom is taken, it
+// continues with what remains.
 bool ViscaCamera::isEndedBy(const Socket& socket, Mechanics::Parts parts)
 {
     const Mechanics::Parts lost = socket.parts & parts;
@@ -241,7 +242,7 @@ bool ViscaCamera::isEndedBy(const Socket& socket, Mechanics::Parts parts)
            (lost == socket.parts || lost.testFlag(Mechanics::PanTilt));
 }
 
-// What ends is told its completion as soon as the newer command has its ACK.
+// A command that ends here gets its completion right after the ACK of the newer one.
 void ViscaCamera::takeOver(Mechanics::Parts parts)
 {
     for (Socket& socket : sockets) {
@@ -265,7 +266,8 @@ void ViscaCamera::cancel(int socketNumber)
     replyFrom(socketNumber, "x0 6s 05 FF", "no such socket");
 }
 
-// A free socket; where there is none, that of a command which a newer one that moves `parts` ends anyway.
+// Returns a free socket. If there is none, completes a command that a newer one for `parts` would end anyway,
+// and returns its socket.
 ViscaCamera::Socket* ViscaCamera::claimSocket(Mechanics::Parts parts)
 {
     for (Socket& socket : sockets) {
@@ -288,8 +290,7 @@ void ViscaCamera::complete(Socket& socket)
     replyFrom(socket.number, "x0 5s FF", "completion");
 }
 
-// A travelling socket takes its journey with it: what it moves stands where it is. After an arrival that
-// changes nothing.
+// Freeing a socket stops its motion. If it has arrived, nothing changes.
 void ViscaCamera::release(Socket& socket)
 {
     if (socket.state == Socket::State::Travelling)
@@ -307,7 +308,7 @@ std::optional<ViscaCamera::Time> ViscaCamera::completion(const Socket& socket) c
 
 void ViscaCamera::reply(std::string_view pattern, const QString& words, FrameNumbers numbers)
 {
-    // Camera 1 answers as 9, camera 2 as A.
+    // Camera 1 answers with the digit 9, camera 2 with A.
     numbers.insert('x', address + 8);
     events.push_back({Event::Kind::Reply, makeFrame(pattern, numbers), words});
 }

@@ -17,22 +17,22 @@
 #include <vector>
 
 /**
- * A pan-tilt-zoom camera that speaks VISCA, without a line, a screen or a clock of its own.
+ * A pan-tilt-zoom camera that speaks VISCA. It has no serial line, no display and no clock.
  *
- * The owner hands it what arrives and tells it the time, in milliseconds since any fixed moment; the camera
- * hands back each frame it took from the stream and each reply it gives. Nothing happens between two calls,
- * yet everything happens at its exact time: a late call catches up in order, an earlier time counts as the
- * last one. Any byte stream is survived with bounded memory.
+ * The owner passes the received bytes and the time, in milliseconds since any fixed moment. The camera
+ * returns each frame that it found and each reply that it gives. It does something only when it is called,
+ * but each event takes effect at its exact time: a late call processes what is due, in order. A time earlier
+ * than the last one counts as the last one. Any byte stream is accepted, and memory is bounded.
  *
- * Where real cameras differ, this one is fixed so:
- *  - The newest command wins. One that moves pan and tilt ends a Home or recall under way, which is told its
- *    completion; a zoom command takes only the zoom from a recall, which completes with pan and tilt.
- *  - Recalling a preset that was never stored is "not executable", and so is moving the focus by hand while
- *    it is automatic.
- *  - Home and a reset move pan and tilt only. A position out of range leads to the limit.
- *  - In standby it refuses each command but power; inquiries and what keeps the line in order are answered.
- *    Switched on, it stands where it stood, and its registers are as after power-on.
- *  - Interface clear ends every journey where it is, without a word; a drive goes on.
+ * Where real cameras differ, this one behaves like this:
+ *  - The newest command wins. A command that moves pan and tilt ends a home, position or recall in progress,
+ *    which gets its completion. A zoom command takes only the zoom from a recall; pan and tilt continue.
+ *  - Recalling a preset that was never stored is "not executable". So is a focus command while the focus is
+ *    automatic.
+ *  - Home and reset move only pan and tilt. For a position out of range, the camera goes to the limit.
+ *  - In standby it refuses each command except power. It answers inquiries, address set, interface clear and
+ *    cancel. When switched on, it keeps its position, and its registers have their values after power-on.
+ *  - Interface clear stops every motion to a target, and its command gets no completion. A drive continues.
  */
 class ViscaCamera
 {
@@ -42,33 +42,34 @@ public:
 
     enum class BusyRules
     {
-        /** Every command is accepted, and a speed code beyond the slowest or fastest acts as that. */
+        /** Refuses no command because of a motion. A speed code out of range acts as slowest or fastest. */
         Lenient,
-        /** What would disturb a motion under way is refused, and so is a speed or position out of range. */
+        /** Refuses what would disturb a motion in progress, and each speed or position out of range. */
         Strict
     };
 
-    /** How a camera is when it is plugged in. */
+    /** The properties of a camera, and its state at the start. */
     struct Options
     {
-        /** Most cameras differ in nothing else, so the rules alone will do where options are wanted. */
+        /** Implicit: where options are expected, rules alone are enough. */
         Options(BusyRules busyRules)
             : rules(busyRules)
         {
         }
 
         BusyRules rules;
-        /** 1 to 7. */
+        /** From 1 to 7. */
         int address = 1;
-        /** How many presets there are, numbered from 0; 1 to 255. */
+        /** The number of presets, from 1 to 255. They are numbered from 0. */
         int presets = 255;
         bool standby = false;
     };
 
-    /** Something that happened, in bytes and in words (English, ASCII, without the bytes). */
+    /** Something received or sent: its bytes, and what they mean (English, ASCII, without the bytes). */
     struct Event
     {
-        /** A whole frame, of one too long the first 17 bytes; bytes of no whole frame; or a reply. */
+        /** A complete frame (the first 17 bytes if it is too long), bytes that belong to no complete frame,
+         * or a reply. */
         enum class Kind
         {
             Frame,
@@ -81,34 +82,35 @@ public:
         QString words;
     };
 
-    /** Looks straight ahead, zoomed out, with no presets stored. */
+    /** Creates a camera that looks straight ahead, is zoomed out and has no presets stored. */
     explicit ViscaCamera(const Options& options = BusyRules::Lenient);
     Q_DISABLE_COPY(ViscaCamera)
 
-    /** Tells that the camera has come onto the line: the network change, which nobody asked for. */
+    /** The camera has been connected to the line. Returns the network change, which it sends unasked. */
     std::vector<Event> comeOntoLine(Time now);
 
-    /** Takes `bytes`, cut anywhere, and returns what fell due until now, then what arrived. */
+    /** Takes bytes, which may begin and end anywhere in a frame. Returns what became due until now, then what
+     * arrived. */
     std::vector<Event> receive(const QByteArray& bytes, Time now);
 
-    /** Lets time pass until `now` and returns what fell due, in order. */
+    /** Returns what became due until `now`, in order. */
     std::vector<Event> advance(Time now);
 
-    /** When advance() next has something to do; nothing while the camera only moves or rests. */
+    /** When to call advance() next; nothing if no event is due, even if the camera moves. */
     std::optional<Time> nextDue() const;
 
-    /** The position at the last time it was told. */
+    /** The position at the time of the last call. */
     Position position() const { return mechanics.position(clock); }
 
-    /** Whether it was moving at that time: pan, tilt or zoom. */
+    /** Whether pan, tilt or zoom was moving at the time of the last call. */
     bool isMoving() const { return mechanics.isMoving(Mechanics::PanTilt | Mechanics::Zoom, clock); }
 
     bool isOn() const { return on; }
 
-    /** Whether it shows left and right exchanged. */
+    /** Whether the picture has left and right exchanged. */
     bool isMirrored() const { return registers.isOn(Registers::mirror); }
 
-    /** Whether it shows up and down exchanged. */
+    /** Whether the picture has top and bottom exchanged. */
     bool isFlipped() const { return registers.isOn(Registers::flip); }
 
     /** The stored presets by number, from 0. */
@@ -118,14 +120,14 @@ public:
     struct KnownFrame
     {
         QString name;
-        /** Its pattern. */
+        /** Its pattern, see FramePattern.h. */
         QByteArray frame;
         std::function<void(ViscaCamera& camera, const FrameNumbers& numbers)> act;
-        /** The values of a register. */
+        /** For a frame that sets a register, its valid values; else empty. */
         QString range = {};
     };
 
-    /** All of them: commands and inquiries. */
+    /** All commands and inquiries. */
     static const std::vector<KnownFrame>& knownFrames();
 
 private:
@@ -137,7 +139,7 @@ private:
         std::function<void()> action;
     };
 
-    /** What the busy rules tell apart. */
+    /** The kinds of commands that the busy rules distinguish. */
     enum class Task
     {
         Drive,
@@ -151,7 +153,8 @@ private:
         Other
     };
 
-    /** One of the two places in which VISCA keeps a command from its ACK to its completion. */
+    /** The camera works on up to two commands at once. Each occupies a socket from its ACK to its completion.
+     */
     struct Socket
     {
         enum class State
@@ -165,11 +168,11 @@ private:
         State state = State::Free;
         Time completesFrom{0};
         Task task = Task::Other;
-        /** What a travelling command still moves. */
+        /** The parts that a travelling command still moves. */
         Mechanics::Parts parts{};
     };
 
-    // ViscaCamera.cpp: the line, the sockets and the replies.
+    // ViscaCamera.cpp: receiving, the sockets and the replies.
     void runUntil(Time now);
     void performNext();
     void takeByte(char byte);
@@ -193,7 +196,7 @@ private:
 
     void syntaxError(const QString& reason) { reply("x0 60 02 FF", "syntax error, " + reason); }
 
-    // ViscaCommands.cpp: what the frames mean.
+    // ViscaCommands.cpp: the commands and inquiries.
     static void addCommands(std::vector<KnownFrame>& frames);
     static void addInquiries(std::vector<KnownFrame>& frames);
     static void addRegisters(std::vector<KnownFrame>& frames);
@@ -215,7 +218,7 @@ private:
     const int presetCount;
     int address;
     bool on;
-    /** What has arrived of a frame, and bytes that belong to none. */
+    /** The received part of a frame, and bytes that belong to no frame. */
     QByteArray unfinished;
     QByteArray noise;
     Time lastByteAt{0};

@@ -1,4 +1,4 @@
-// What the frames mean to the camera: the table of those that it knows, and what each makes it do.
+// The table of the commands and inquiries that the camera knows, and what each of them does.
 
 #include "ViscaCamera.h"
 
@@ -12,7 +12,7 @@ using Corner = Mechanics::Corner;
 using C = ViscaCamera;
 using N = const FrameNumbers&;
 
-// The fastest tilt code that is accepted beyond those with a speed of their own.
+// Without --strict, tilt codes above the fastest are accepted up to this one.
 constexpr int lenientFastestTiltCode = 0x18;
 
 int steps(double degrees)
@@ -52,7 +52,7 @@ void ViscaCamera::addCommands(std::vector<KnownFrame>& frames)
         };
     };
     const auto home = [](C& c, N) { c.travel(0, 0, Mechanics::fastestPanCode, Mechanics::fastestTiltCode); };
-    // Without a speed in the frame it is the standard speed.
+    // A frame without a speed means the standard speed.
     const auto lens = [](Mechanics::Part part, int way) {
         return
             [=](C& camera, N n) { camera.driveLens(part, way, n.value('p', Mechanics::standardLensCode)); };
@@ -222,7 +222,7 @@ void ViscaCamera::addRegisters(std::vector<KnownFrame>& frames)
     }
 }
 
-// Whether both are codes for a speed; if not, that is answered.
+// Whether both are valid speed codes. If not, answers with a syntax error.
 bool ViscaCamera::hasSpeeds(int panCode, int tiltCode)
 {
     const bool strict = rules == BusyRules::Strict;
@@ -235,7 +235,7 @@ bool ViscaCamera::hasSpeeds(int panCode, int tiltCode)
     return has;
 }
 
-// Whether the camera goes there, as far as it can; if not, that is answered.
+// Whether a command with this position is accepted. If not, answers with a syntax error.
 bool ViscaCamera::accepts(double position, double low, double high)
 {
     const bool accepted = rules == BusyRules::Lenient || (position > low - 0.01 && position < high + 0.01);
@@ -250,7 +250,8 @@ bool ViscaCamera::acceptsDirection(double pan, double tilt)
            accepts(tilt, Mechanics::tiltLowLimit, Mechanics::tiltHighLimit);
 }
 
-// Counted from there. One speed for both axes is the form of several families.
+// The position in the frame is relative to `from`. Tilt code 0 means that the speed of pan is for both axes,
+// as several camera families have it.
 void ViscaCamera::goTo(const FrameNumbers& numbers, const Position& from)
 {
     const double pan = from.pan + Mechanics::degrees(numbers['Y']);
@@ -285,7 +286,7 @@ void ViscaCamera::driveLens(Mechanics::Part part, int way, int code)
     orderLens(part, [=] { mechanics.driveLens(part, way, code, clock); });
 }
 
-// Of zoom and focus those that are among `parts`.
+// Sends those of zoom and focus that are in `parts` to a position.
 void ViscaCamera::lensTo(Mechanics::Parts parts, int zoom, int focus)
 {
     const bool accepted =
@@ -299,7 +300,7 @@ void ViscaCamera::lensTo(Mechanics::Parts parts, int zoom, int focus)
     });
 }
 
-// By hand the focus moves only while it is not automatic.
+// A focus command is refused while the focus is automatic.
 void ViscaCamera::orderLens(Mechanics::Parts parts, const std::function<void()>& start)
 {
     if (parts & Mechanics::Focus && registers.isOn(Registers::focusMode))
@@ -337,8 +338,8 @@ void ViscaCamera::setRegister(const Register& row, int value)
     carryOut(Task::Other, {}, [=, &row] { registers.set(row, value); });
 }
 
-// The layout is that of several cameras' manuals: the lens, the picture, the rest, and the digital zoom, of
-// which this camera has nothing to tell.
+// The layout is common in manuals: the lens, the picture, other settings, and the digital zoom. This camera
+// has no values for the last block.
 void ViscaCamera::tellBlock(std::size_t block)
 {
     static constexpr std::array blocks{

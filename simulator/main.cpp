@@ -18,7 +18,7 @@
 
 namespace {
 
-// Qt aborts where it finds no display; this ends the program in good order instead.
+// Qt aborts if there is no display. Print a message and exit instead.
 void failWithoutDisplay(QtMsgType type, const QMessageLogContext&, const QString&)
 {
     if (type == QtFatalMsg)
@@ -79,7 +79,7 @@ int main(int argc, char* argv[])
     QCoreApplication::setApplicationName("vantrel-camera");
     QCoreApplication::setApplicationVersion(VANTREL_VERSION);
     const CommandLine settings = readCommandLine(*application);
-    // They end the event loop: the link is removed, and a camera that a dialogue moves is stopped.
+    // Signals end the event loop, so that the link is removed and a dialogue stops the camera.
     const AppQuitSignals quitSignals(nullptr);
     if (settings.replay)
         return replay(*settings.replay);

@@ -13,10 +13,10 @@
 
 namespace {
 
-// 62 a second: the nearest that whole milliseconds allow above 60.
+// In milliseconds: 62 pictures a second, the lowest rate above 60.
 constexpr int frameInterval = 16;
 
-// Pixels.
+// In pixels.
 constexpr int margin = 10;
 constexpr int padding = 8;
 constexpr int rowHeight = 18;
@@ -38,7 +38,7 @@ const QColor panel(0x1c, 0x1c, 0x1c, 0xe0);
 
 QString signedDegrees(double degrees)
 {
-    // Rounded first, so that there is no -0.0.
+    // Round first, to avoid -0.0.
     const double tenths = std::round(degrees * 10) / 10;
     return (tenths > 0 ? "+" : "") + QString::number(tenths + 0.0, 'f', 1) + QChar(0xB0);
 }
@@ -61,7 +61,7 @@ QRectF around(const QPointF& middle, double width, double height)
     return {middle.x() - width / 2, middle.y() - height / 2, width, height};
 }
 
-// `text` on one row, cut with an ellipsis where it is too long.
+// Draws `text` on one row and elides it if it is too long.
 void paintText(QPainter& painter, const QRectF& area, const QColor& colour, const QString& text)
 {
     painter.setPen(colour);
@@ -155,7 +155,7 @@ void CameraView::paintEvent(QPaintEvent*)
 
 void CameraView::paintPresetMarks(QPainter& painter, const Projection& projection) const
 {
-    // Presets whose marks would touch share one.
+    // Presets whose marks would overlap share one mark.
     std::vector<std::pair<QPointF, QStringList>> marks;
     for (auto preset = presets.cbegin(); preset != presets.cend(); ++preset) {
         const auto point = projection.pointAt(preset->pan, preset->tilt);
@@ -180,7 +180,8 @@ void CameraView::paintPresetMarks(QPainter& painter, const Projection& projectio
     }
 }
 
-// Along the top edge the pan at the middle height of the picture, along the left edge the tilt at its middle.
+// The ruler at the top shows the pan at half the height of the picture; the ruler on the left shows the tilt
+// at half its width.
 void CameraView::paintRulers(QPainter& painter, const Projection& projection) const
 {
     const QRectF top(rulerWidth, 0, width() - rulerWidth, rulerHeight);
@@ -193,7 +194,7 @@ void CameraView::paintRulers(QPainter& painter, const Projection& projection) co
         const QString text = QString::number(degrees) + QChar(0xB0);
         QRectF label = painter.boundingRect(ruler, Qt::AlignCenter, text);
         label.moveCenter(middle);
-        // Whole or not at all.
+        // Draw no label that does not fit.
         if (!ruler.contains(label))
             return;
         painter.drawText(label, Qt::AlignCenter, text);
@@ -266,7 +267,7 @@ void CameraView::paintMap(QPainter& painter, const Texts& shown) const
     for (const ViscaCamera::Position& preset : presets)
         fill(painter, around(mapPointAt(preset.pan, preset.tilt), 3, 3), 1.5, dim);
 
-    // What the picture shows, as wide and high as it is near the horizon.
+    // The section that the picture shows. Its size is only right near the horizon.
     const double field = Projection::fieldOfView(position.zoom);
     const QPointF here = mapPointAt(position.pan, position.tilt);
     painter.setPen(amber);

@@ -10,28 +10,28 @@
 #include <functional>
 
 /**
- * A window with the picture of a simulated camera, over it the protocol and the presets, and a map of where
- * it points within its range.
+ * A window with the picture of a simulated camera. Over the picture it shows the protocol, the presets, and a
+ * map with the camera's direction within its range.
  *
- * While the camera moves it draws 60 pictures a second; while it stands still no timer runs and nothing is
- * drawn unless something arrives.
+ * While the camera moves, it draws about 60 pictures a second. While the camera stands still, no timer runs,
+ * and it draws only when something arrives.
  */
 class CameraView : public QWidget
 {
     Q_OBJECT
 
 public:
-    /** Brings the camera up to the present and returns it. What happens in it meanwhile is for take(). */
+    /** Returns the camera in its present state. Pass the events that become due meanwhile to take(). */
     using Look = std::function<const ViscaCamera&()>;
 
     /** The texts over the picture. */
     struct Texts
     {
-        /** In degrees with one decimal, plus is right and up; the zoom as magnification and as position. */
+        /** In degrees with one decimal; positive is right and up. The zoom has magnification and position. */
         QString pan;
         QString tilt;
         QString zoom;
-        /** The last thing that arrived and the last reply to it, empty until there is one. */
+        /** What arrived last, and the last reply since then; empty if there is none. */
         QString command;
         QString commandBytes;
         QString reply;
@@ -46,11 +46,11 @@ public:
 
     Texts texts() const;
 
-    /** Where the map shows that direction, given in degrees, in pixels of this window. */
+    /** Where the map shows this direction, given in degrees. The point is in pixels of this window. */
     QPointF mapPointAt(double pan, double tilt) const;
 
 public slots:
-    /** Shows something that happened in the camera, and any motion that follows from it. */
+    /** Shows an event of the camera, and the motion that may follow. */
     void take(const ViscaCamera::Event& event);
 
 protected:

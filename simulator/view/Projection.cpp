@@ -11,13 +11,13 @@ namespace {
 constexpr double widestField = 60;
 constexpr double highestMagnification = 20;
 
-// Directions nearly at right angles to the lens or more count as not in front of it.
+// A direction whose angle to the optical axis is close to 90 degrees or larger is not in front of the lens.
 constexpr float smallestCosine = 0.05F;
 
-// Pixels that faces reach beyond the picture, so that their cut edges do not show.
+// Faces are clipped this many pixels outside the picture, so that the cut edges are not visible.
 constexpr double bleed = 2;
 
-// The unit vector that points there.
+// The unit vector of this direction, given in degrees.
 QVector3D direction(double pan, double tilt)
 {
     const double p = qDegreesToRadians(pan);
@@ -26,7 +26,7 @@ QVector3D direction(double pan, double tilt)
                      static_cast<float>(std::cos(p) * std::cos(t)));
 }
 
-// Keeps what lies on the inner side of a plane through the lens, whose normal points inwards.
+// Clips an outline at a plane through the lens. The normal `plane` points to the side that is kept.
 void cutOff(std::vector<QVector3D>& outline, const QVector3D& plane)
 {
     const auto inside = [&plane](const QVector3D& point) { return QVector3D::dotProduct(plane, point) >= 0; };

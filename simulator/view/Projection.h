@@ -12,8 +12,8 @@
 #include <vector>
 
 /**
- * The lens: where things in the world appear in the picture, in pixels from its upper left. Straight edges
- * stay straight. The camera stands at the origin, x to the right, y up and z ahead, in metres.
+ * The lens: it projects points of the scene to pixels, counted from the upper left of the picture. Straight
+ * edges stay straight. The camera is at the origin; x is right, y up and z ahead, in metres.
  */
 class Projection
 {
@@ -21,24 +21,24 @@ public:
     /** The horizontal field of view in degrees at `zoom` (0 to 0x4000): 60 degrees wide, 3.3 degrees tele. */
     static double fieldOfView(double zoom);
 
-    /** How many times larger things appear than at the wide end, 1 to 20: exponential, so a zoom looks even.
-     */
+    /** The magnification relative to the wide end, 1 to 20. It is exponential, so that zooming looks even. */
     static double magnification(double zoom);
 
-    /** Which sides of the picture are exchanged: left and right, up and down. */
+    /** Which sides of the picture are exchanged: left and right, top and bottom. */
     struct Turn
     {
         bool mirrored;
         bool flipped;
     };
 
-    /** A picture of `size` whose whole width is the field of view. */
+    /** Projects to a picture of this size in pixels. The field of view is its width. */
     Projection(const ViscaCamera::Position& position, const QSizeF& size, const Turn& turn = {});
 
-    /** Where it appears, perhaps outside of the picture; nothing if it is beside or behind the camera. */
+    /** Where this direction, in degrees, appears; perhaps outside the picture. Nothing if it is beside or
+     * behind the camera. */
     std::optional<QPointF> pointAt(double pan, double tilt) const;
 
-    /** The outline of a flat face with these corners, cut off at the edges of the picture; perhaps empty. */
+    /** The outline of a flat face with these corners, clipped at the edges of the picture; may be empty. */
     QPolygonF outlineOf(const std::vector<QVector3D>& corners) const;
 
 private:
@@ -49,6 +49,7 @@ private:
     QVector3D ahead;
     float focal;
     QPointF middle;
-    // Unit vectors at right angles to the planes through the lens and the edges of the picture, inwards.
+    // The normals of the planes through the lens and each edge of the picture: unit vectors that point
+    // inwards.
     std::array<QVector3D, 4> edges;
 };

@@ -14,7 +14,7 @@ namespace {
 
 using Faces = std::vector<Scene::Face>;
 
-// The room, in metres from the lens.
+// The room; distances are in metres from the lens.
 constexpr double leftWall = -9;
 constexpr double rightWall = 9;
 constexpr double stageWall = 12;
@@ -26,7 +26,7 @@ constexpr double stageEdge = 9;
 constexpr double roomWidth = rightWall - leftWall;
 constexpr double roomLength = stageWall - rearWall;
 constexpr double roomHeight = ceilingLevel - floorLevel;
-// Wainscots, so that the walls have a foot.
+// The height of the wainscots along the walls.
 constexpr double wainscot = 1.1;
 
 const QColor amber(0xff, 0xb0, 0x2e);
@@ -51,7 +51,7 @@ struct Shape
     QColor colour;
 };
 
-// On a sheet y points up, so a rectangle is given by its lower left corner.
+// A rectangle given by its lower left corner: on a sheet, y points up.
 Shape box(double x, double y, double width, double height, const QColor& colour)
 {
     QPainterPath path;
@@ -81,14 +81,14 @@ Shape polygon(const QVector<QPointF>& corners, const QColor& colour)
     return {path, colour};
 }
 
-// A bar of some width from the middle of a dial outwards; 0 degrees is up, clockwise.
+// A hand of a dial, from one distance from its centre to another. 0 degrees is up; angles are clockwise.
 Shape hand(double x, double y, double degrees, double from, double to, double width, const QColor& colour)
 {
     const QTransform place = QTransform::fromTranslate(x, y).rotate(-degrees);
     return {place.map(box(-width / 2, from, width, to - from, colour).path), colour};
 }
 
-// From the hips to the shoulders.
+// The upper body, from the hips to the shoulders.
 Shape torso(double bottom, double top, const QColor& colour)
 {
     QPainterPath path(QPointF(-0.27, bottom));
@@ -99,7 +99,7 @@ Shape torso(double bottom, double top, const QColor& colour)
     return {path, colour};
 }
 
-// Letters with their base line's middle at x, y and capitals of this height.
+// Text centred at x, with its base line at y. `height` is that of the capitals.
 Shape lettering(const QString& text, double x, double y, double height, const QColor& colour,
                 QFont::Weight weight = QFont::Normal)
 {
@@ -120,8 +120,8 @@ QVector3D vector(double x, double y, double z)
     return QVector3D(static_cast<float>(x), static_cast<float>(y), static_cast<float>(z));
 }
 
-// A sheet in the room to draw on, in metres from its origin. Most stand upright and face the camera from
-// ahead.
+// A flat sheet in the room to draw on. Coordinates on it are in metres from its origin. By default it is
+// upright and faces a camera that looks straight ahead.
 struct Sheet
 {
     Faces& faces;
@@ -129,7 +129,7 @@ struct Sheet
     QVector3D right{1, 0, 0};
     QVector3D up{0, 1, 0};
 
-    // In that order, each over the one before.
+    // Draws the shapes in this order, each over the ones before.
     void draw(std::initializer_list<Shape> shapes) const
     {
         for (const Shape& shape : shapes)
@@ -138,7 +138,7 @@ struct Sheet
 
     std::vector<std::vector<QVector3D>> outlinesOf(const QPainterPath& path) const
     {
-        // Curves become polygons of a fineness that even the tele end does not show.
+        // Curves become polygons, so fine that the corners are not visible even at the tele end.
         constexpr double fineness = 600;
         std::vector<std::vector<QVector3D>> outlines;
         const auto polygons = path.toSubpathPolygons(QTransform::fromScale(fineness, fineness));
@@ -236,7 +236,7 @@ void addWindows(Faces& faces)
                box(rearWall, floorLevel, roomLength, wainscot, 0x2f2c2a)});
     for (const double z : {-6.2, -3.1, 0.0, 3.1, 6.2}) {
         wall.draw({box(z - 0.95, -0.85, 1.9, 3.9, 0x232427)});
-        // Dusk outside.
+        // The evening sky outside.
         double y = -0.75;
         for (const QRgb sky : {0x8a6248U, 0x6f5a5aU, 0x545061U, 0x434a61U, 0x363f57U, 0x2b344bU}) {
             wall.draw({box(z - 0.85, y, 1.7, 0.64, sky)});
@@ -293,7 +293,7 @@ void addRightWall(Faces& faces)
     addPicture(wall, 3.7, 0x5d6a4a, 0.2);
 }
 
-// `h` is the height of the middle of the head above the sheet's origin.
+// `h` is the height of the head's centre above the origin of the sheet.
 void addFacing(const Sheet& sheet, double h, const Person& person)
 {
     const QColor shade = person.skin.darker(110);
@@ -337,7 +337,7 @@ void addFromBehind(const Sheet& sheet, const Person& person)
 {
     constexpr double h = 1.2;
     const QColor hair = person.hair.darker(125);
-    // The house lights are low: who sits ahead shows dark against the stage.
+    // The house lights are low, so people ahead are dark against the stage.
     sheet.draw({torso(0.6, 1.0, person.clothes.darker(175))});
     if (!person.longHair)
         return sheet.draw({roundBox(-0.05, 0.95, 0.1, 0.2, 0.03, person.skin.darker(190)),
@@ -367,7 +367,7 @@ void addBackWall(Faces& faces)
               {skins[1], hairs[0], clothes[4], false, true});
     wall.draw({box(-0.02, 1.1, 0.04, 1.5, 0x1e1f21)});
 
-    // Letters in ever smaller rows, to see what the zoom can do.
+    // Rows of letters of decreasing size, to try the zoom.
     wall.draw({box(-6.5, -0.6, 2.2, 2.9, 0xe4e0d6)});
     double y = 1.6;
     double size = 0.5;
@@ -431,7 +431,7 @@ void addAudience(Faces& faces)
 {
     constexpr double aisle = 0.75;
     constexpr double benchLength = 6.9;
-    // The same at every start.
+    // With the default seed, the scene is the same at every start.
     std::minstd_rand random; // NOLINT(cert-msc32-c, cert-msc51-cpp)
     const auto oneOf = [&random](std::size_t count) { return static_cast<unsigned>(random() % count); };
     for (const double z : {7.4, 6.4, 5.4, 4.4, 3.4, -6.6, -5.6, -4.6, -3.6, -2.6}) {
@@ -451,7 +451,7 @@ void addAudience(Faces& faces)
                     addFacing(place, 1.18 + 0.02 * oneOf(5), person);
             }
         }
-        // The backs of the benches ahead and the desks of those behind hide what is below.
+        // The backs of the benches ahead, and the desks of the benches behind, hide the lower bodies.
         const Sheet bench{faces, vector(0, floorLevel, z + (ahead ? -0.2 : 0.3))};
         for (const double left : {-aisle - benchLength, aisle})
             bench.draw(

@@ -10,26 +10,27 @@
 class QPainter;
 
 /**
- * What the camera looks at: a lecture hall with a stage ahead, its audience all around, and the camera in the
- * middle of it, two metres above the floor.
+ * The scene that the camera sees: a lecture hall with a stage ahead and an audience all around. The camera is
+ * in the middle, two metres above the floor.
  *
- * Everything is flat faces in a room, drawn as vectors, so that it stays sharp at the tele end. The camera
- * turns but never walks: what hides what never changes, and the faces are kept in that order.
+ * The scene consists of flat faces, drawn as vectors, so that it stays sharp at the tele end. The camera
+ * turns but never moves, so the order in which faces hide each other never changes. They are stored in this
+ * order, from back to front.
  */
 class Scene
 {
 public:
-    /** A coloured area, with the outlines of its parts in metres from the camera. */
+    /** A coloured face: the outlines of its parts, in metres from the camera. */
     struct Face
     {
         std::vector<std::vector<QVector3D>> outlines;
         QColor colour;
     };
 
-    /** Needs a QGuiApplication, for its letters. */
+    /** Needs a QGuiApplication, because the scene has text. */
     Scene();
 
-    /** Draws the whole picture, whose size the projection was made for. */
+    /** Draws the whole picture in the size of the projection. */
     void draw(QPainter& painter, const Projection& projection) const;
 
 private:
