@@ -288,6 +288,14 @@ private slots:
                                      "preset6Btn", "preset7Btn", "preset8Btn", "preset9Btn"}));
     }
 
+    void withAutomaticDetectionTheStatusSaysAuto()
+    {
+        const Desk desk;
+        desk.settings()->setCOMPort("AUTO");
+        QMetaObject::invokeMethod(desk.link(), "onDeviceConnected");
+        QCOMPARE(shown(desk.program->app.mainWin), connected("AUTO"));
+    }
+
     void noControlIsEverDisabled()
     {
         Desk desk;

@@ -215,7 +215,10 @@ private slots:
         QCOMPARE(desk.user.texts(), QStringList({confirmation(8)}));
         QCOMPARE(presetButton(desk, 8)->toolTip(), QString("Pulpit"));
         QCOMPARE(desk.profile.log(), QStringList({"Call Preset1", "Call Preset64", "Set Preset8"}));
-        QCOMPARE(desk.camera.pending(), QByteArray());
+
+        desk.find<QPushButton>("connectBtn")->click();
+        presetButton(desk, 2)->click();
+        QCOMPARE(desk.camera.nextFrame(), recallPreset(2));
     }
 };
 
