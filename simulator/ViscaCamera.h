@@ -42,7 +42,8 @@ public:
 
     enum class BusyRules
     {
-        /** Refuses no command because of a motion. A speed code out of range acts as slowest or fastest. */
+        /** Refuses no command because of a motion. Tilt, zoom and focus codes above the fastest speed act as
+         * the fastest one, and code 00 as the slowest. */
         Lenient,
         /** Refuses what would disturb a motion in progress, and each speed or position out of range. */
         Strict

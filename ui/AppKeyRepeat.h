@@ -5,9 +5,9 @@
 /**
  * Drops the repeats of a held key on X11. The X server sends each repeat as a release and a press. Qt often
  * does not recognise them, so a held Space would click a button again and again. The release and the press of
- * a repeat have the same key and the same time stamp. So each release is held back for up to 25 ms, until
- * it is clear that no such press follows. It is delivered earlier if another key event, a mouse press on a
- * button or the loss of the focus comes first.
+ * a repeat have the same key and the same time stamp. So a release that may raise a button is held back for
+ * up to 25 ms, until it is clear that no such press follows. It is delivered earlier if another key event, a
+ * mouse press on a button or the loss of the focus comes first.
  */
 class AppKeyRepeat : public QObject
 {
