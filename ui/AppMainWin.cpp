@@ -73,7 +73,8 @@ AppMainWin::~AppMainWin()
 
 void AppMainWin::onSettingsBtnClicked()
 {
-    if (settingWin->isHidden())
+    // Do not use isHidden(): with Qt 6.8 it is false for the closed dialog once this window was minimised.
+    if (!settingWin->isVisible())
         settingWin->show();
 }
 

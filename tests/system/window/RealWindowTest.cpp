@@ -374,6 +374,18 @@ private slots:
         QCOMPARE(place.received(1), QByteArrayList{recallPreset(9)});
     }
 
+    void theSettingsOpenAgainAfterTheControllerWasMinimised()
+    {
+        Workplace place;
+        const Window settings = place.openSettings();
+        desktop().pressKeys({"Escape"});
+        QTRY_VERIFY(!settings.isOnScreen());
+
+        place.window->minimise();
+        place.window->activate();
+        QVERIFY(place.openSettings().isOnScreen());
+    }
+
     void everySettingIsChangedByKeyboardAlone()
     {
         Workplace place;
