@@ -43,7 +43,7 @@ public:
 
     double highLimit() const { return high; }
 
-    /** Sets the limits for later orders. An axis that stands beyond them stays there until the next order. */
+    /** Sets the limits for later orders. An axis that is outside them stays there until the next order. */
     void setLimits(double lowLimit, double highLimit);
 
 private:
