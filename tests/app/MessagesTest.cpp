@@ -1,4 +1,5 @@
 #include "support/Desk.h"
+#include "support/OrdinaryUser.h"
 
 #include <QFile>
 #include <QLineEdit>
@@ -13,25 +14,6 @@
 
 namespace {
 
-/** While this lives, the process has the rights of an ordinary user, even if root has started it. */
-class AsAnyUser
-{
-public:
-    AsAnyUser()
-    {
-        constexpr uid_t nobody = 65534;
-        if (geteuid() == 0 && seteuid(nobody) != 0)
-            qFatal("cannot become another user");
-    }
-
-    ~AsAnyUser()
-    {
-        if (seteuid(getuid()) != 0)
-            qFatal("cannot become this user again");
-    }
-    Q_DISABLE_COPY(AsAnyUser)
-};
-
 // The messages of the table in README.md, in its order.
 QStringList documentedMessages()
 {
@@ -45,14 +27,6 @@ QStringList documentedMessages()
     for (auto match = row.globalMatch(table); match.hasNext();)
         messages.append(match.next().captured(1));
     return messages;
-}
-
-// A killed test leaves the lock file of its port, which an ordinary user cannot remove. Opening the port as
-// this user removes it.
-void removeStaleLock(const CameraEnd& camera)
-{
-    QSerialPort port(camera.portName());
-    QVERIFY(port.open(QIODevice::ReadWrite));
 }
 
 void disconnectAndChoose(Desk& desk, const QString& port)
@@ -75,10 +49,9 @@ void aMissingPort(Desk& desk)
 void aPortThatOthersMayNotOpen(Desk& desk)
 {
     const CameraEnd other;
-    removeStaleLock(other);
     QCOMPARE(chmod(qPrintable(other.portName()), 0), 0);
     disconnectAndChoose(desk, other.portName());
-    const AsAnyUser user;
+    const OrdinaryUser user;
     connect(desk);
 }
 
@@ -94,13 +67,12 @@ void aPortThatASecondControllerHolds(Desk& desk)
 void aPortThatAnotherProgramHasClaimed(Desk& desk)
 {
     const CameraEnd other;
-    removeStaleLock(other);
     QCOMPARE(chmod(qPrintable(other.portName()), 0666), 0);
     const int holder = open(qPrintable(other.portName()), O_RDWR | O_NOCTTY);
     QCOMPARE(ioctl(holder, TIOCEXCL), 0);
     disconnectAndChoose(desk, other.portName());
     {
-        const AsAnyUser user;
+        const OrdinaryUser user;
         connect(desk);
     }
     close(holder);

@@ -1,6 +1,7 @@
 #include "soak/Soak.h"
 #include "support/Desk.h"
 #include "support/Frames.h"
+#include "support/OrdinaryUser.h"
 #include "support/StoreAlone.h"
 
 #include <QLineEdit>
@@ -10,10 +11,7 @@
 
 #include <csignal>
 #include <cstdio>
-#include <linux/capability.h>
 #include <sys/resource.h>
-#include <sys/syscall.h>
-#include <unistd.h>
 
 namespace {
 
@@ -157,32 +155,6 @@ private:
     QSettings stored;
 };
 
-/** Makes file modes apply to root, too. */
-class OrdinaryUser
-{
-public:
-    OrdinaryUser()
-    {
-        request(SYS_capget, before);
-        __user_cap_data_struct reduced[] = {before[0], before[1]};
-        reduced[0].effective &= ~((1U << CAP_DAC_OVERRIDE) | (1U << CAP_DAC_READ_SEARCH));
-        request(SYS_capset, reduced);
-    }
-
-    ~OrdinaryUser() { request(SYS_capset, before); }
-    Q_DISABLE_COPY(OrdinaryUser)
-
-private:
-    static void request(long number, __user_cap_data_struct* capabilities)
-    {
-        __user_cap_header_struct header{_LINUX_CAPABILITY_VERSION_3, 0};
-        if (syscall(number, &header, capabilities) != 0)
-            qFatal("the capabilities of this process cannot be changed");
-    }
-
-    __user_cap_data_struct before[2] = {};
-};
-
 /** Limits the size of every file that this process writes, as a full disk does. */
 class FullDisk
 {
@@ -298,8 +270,7 @@ private slots:
                 ++emptyLocks;
         }
         qInfo("killed %d times during %d changes of the settings: the file was whole each time; the lock was "
-              "left without "
-              "its owner %d times",
+              "left without its owner %d times",
               count, changes, emptyLocks);
         QVERIFY(changes > count);
     }
@@ -324,14 +295,11 @@ private slots:
     {
         StoreAlone store;
         store.store.reset();
-        store.profile.store("comport", "COM1");
-        QFile file(store.profile.settingsFile());
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("[General]\ncomport=COM1\nCOM1_1=K\xfc"
-                   "che\n");
-        file.close();
+        store.profile.createFolder();
+        writeFile(store.profile.settingsFile(), "[General]\nCOM1_1=K\xfc"
+                                                "che\n");
         const OrdinaryUser user;
-        QFile::setPermissions(file.fileName(), QFile::ReadOwner);
+        QFile::setPermissions(store.profile.settingsFile(), QFile::ReadOwner);
         QFile::setPermissions(store.profile.folder(), QFile::ReadOwner | QFile::ExeOwner);
 
         store.store.emplace();

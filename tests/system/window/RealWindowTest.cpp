@@ -1,5 +1,5 @@
+#include "soak/Soak.h"
 #include "support/Frames.h"
-
 #include "system/window/Looks.h"
 #include "system/window/Workplace.h"
 
@@ -10,6 +10,8 @@
 #include <QSlider>
 #include <QToolTip>
 #include <QtTest>
+
+#include <csignal>
 
 #define QVERIFY_LOOKS_LIKE(...) QCOMPARE(differenceFromCopy(__VA_ARGS__), QString())
 #define QVERIFY_LOOKS_AS_STORED(...) QCOMPARE(differenceFromPicture(__VA_ARGS__), QString())
@@ -396,8 +398,8 @@ private slots:
         QTRY_COMPARE(place.stored("runonstartup"), QString("true"));
         desktop().pressKeys({"Tab", "Down"});
         QTRY_COMPARE(place.stored("comport"), place.port);
-        desktop().pressKeys({"Tab", "End"});
-        QTRY_COMPARE(place.stored("baudrate"), QString("115200"));
+        desktop().pressKeys({"Tab", "Up"});
+        QTRY_COMPARE(place.stored("baudrate"), QString("4800"));
         desktop().pressKeys({"Tab", "space"});
         QTRY_COMPARE(place.stored("isstartuppreset"), QString("true"));
         desktop().pressKeys({"Tab", "Down", "Down"});
@@ -443,7 +445,8 @@ private slots:
         QTRY_COMPARE(place.stored("runonstartup"), QString("true"));
         choose(settings, place.settings->comPortCombo, 1);
         QTRY_COMPARE(place.stored("comport"), place.port);
-        choose(settings, place.settings->baudRateCombo, 7);
+        choose(settings, place.settings->baudRateCombo,
+               place.settings->baudRateCombo->findText("Baud115200"));
         QTRY_COMPARE(place.stored("baudrate"), QString("115200"));
         settings.click(place.settings->startUpPresetCheck);
         QTRY_COMPARE(place.stored("isstartuppreset"), QString("true"));
@@ -546,6 +549,31 @@ private slots:
         QCOMPARE(place.camera.pending(), QByteArray());
         QVERIFY(!settings.isOnScreen());
         QVERIFY(!place.isPortOpen());
+    }
+
+    void aSignalStopsTheCameraBeforeTheProgramEnds_data()
+    {
+        QTest::addColumn<int>("number");
+        QTest::newRow("interrupted") << SIGINT;
+        QTest::newRow("terminated") << SIGTERM;
+        QTest::newRow("hung up") << SIGHUP;
+    }
+
+    void aSignalStopsTheCameraBeforeTheProgramEnds()
+    {
+        QFETCH(int, number);
+        const int count = rounds(1, 30);
+        for (int round = 0; round < count; ++round) {
+            Workplace place;
+            place.window->press(place.main.upBtn);
+            QCOMPARE(place.received(1), QByteArrayList{Up});
+
+            QCOMPARE(kill(static_cast<pid_t>(place.program->id()), number), 0);
+            QCOMPARE(place.program->troubleAtExit(), QString());
+            QCOMPARE(place.camera.pending(), QByteArray(Stop));
+            QCOMPARE(place.log(), QStringList({"MoveUp", "MoveStop"}));
+        }
+        qInfo("the program %s with a button held: %d times, one stop each", QTest::currentDataTag(), count);
     }
 
     void withoutACameraTheErrorComesBeforeTheWindow()
