@@ -43,8 +43,8 @@ void Axis::abandonTarget(Time now)
 
 Axis::Time Axis::arrival() const
 {
-    const std::chrono::duration<double> journey((until - from) / velocity);
-    return since + std::chrono::ceil<Time>(journey);
+    const std::chrono::duration<double> seconds((until - from) / velocity);
+    return since + std::chrono::ceil<Time>(seconds);
 }
 
 void Axis::setLimits(double lowLimit, double highLimit)

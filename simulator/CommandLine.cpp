@@ -20,23 +20,24 @@ constexpr int highestBaudRate = 4000000;
 const char* const description =
     "A simulated pan-tilt-zoom camera on a pseudo-terminal, for any VISCA controller.\n"
     "\n"
-    "Standard output gets one line per event:\n"
-    "  Camera at PATH          where the controller connects (the first line)\n"
-    "  Link at PATH            the same by the name given with --link\n"
-    "  <- 81 01 06 04 FF  ...  bytes from the controller and what they mean\n"
-    "  -> 90 41 FF  ...        the camera's reply and what it means\n"
-    "  >> 90                   bytes put on the line late or in pieces\n"
-    "  Hung up                 the line is gone\n"
-    "  Window closed           the camera of --view ends\n"
+    "It prints an entry for each event on standard output:\n"
+    "  Camera at PATH          the port for the controller (the first entry)\n"
+    "  Link at PATH            the symbolic link to this port, if --link is given\n"
+    "  <- 81 01 06 04 FF  ...  bytes from the controller, and what they mean\n"
+    "  -> 90 41 FF  ...        the camera's reply, and what it means\n"
+    "  >> 90                   bytes of a reply, sent late (--late) or one by one (--split)\n"
+    "  Hung up                 the camera has hung up the line (--hang-up-after)\n"
+    "  Window closed           the window of --view was closed, so the program ends\n"
     "\n"
-    "With --replay it is the controller instead, and the camera is at PORT: it sends the frames of a\n"
-    "dialogue, prints each expected answer beside the one received, and ends with status 1 on a difference.";
+    "With --replay it is a controller instead. It sends the frames of a dialogue to the camera at PORT and\n"
+    "prints each expected answer beside the one received. Its exit status is 1 if an answer differs.";
 
 const char* const frameLegend =
-    "Frames it understands. x is the address, V and W are the speeds of pan and tilt, Y and Z their\n"
-    "positions. p and q are what the name says last: an address, a socket, a speed, a preset, a block, the\n"
-    "position of zoom or focus, or a value in the range that stands there; in 2-3, 2 is on or automatic and\n"
-    "3 is off or manual.";
+    "The camera understands these frames. Their letters stand for numbers: x is the camera's address, V\n"
+    "and W are the speeds of pan and tilt, Y and Z their positions. p and q are what the frame's name says,\n"
+    "such as a socket, a speed, a preset or the position of the zoom. For a setting, p is its value, and\n"
+    "the valid values (hexadecimal) stand after the name. In 2-3, 2 is on, automatic or normal, and 3 is\n"
+    "off, manual or low.";
 
 // Returns the value of an option; nothing if it is not given. Ends the program if it is out of range.
 template <typename Number>
@@ -105,19 +106,24 @@ CommandLine readCommandLine(const QCoreApplication& application)
         {{"h", "help"}, "Show this help."},
         {"view", "Open a window that shows what the camera sees."},
         {"link", "Make a symbolic link to the pseudo-terminal.", "PATH"},
-        {"strict", "Refuse what would disturb a drive, a home or a recall under way, and each speed code "
-                   "without a speed of its own. Without it the newest command wins."},
+        {"strict", "Refuse commands that would disturb a drive, a home, a position or a recall in progress, "
+                   "and speed codes and positions out of range. Without it the newest command wins."},
         {"address", "Start with this address, 1 to 7 (default: 1).", "N"},
         {"presets", "Have N presets, numbered from 0 (default: 255).", "N"},
         {"standby", "Start in standby."},
         {"no-replies", "Never reply."},
-        {"late", "Reply this many milliseconds later.", "MS"},
-        {"split", "Send each byte of a reply by itself."},
-        {"hang-up-after", "Hang up the line, once, as if the adapter were pulled.", "SECONDS"},
-        {"come-back-after", "After hanging up, come back at the same link (default: 1).", "SECONDS"},
-        {"replay", "Hold a dialogue with the camera at PORT: an installed one by its name, or a file.",
+        {"late", "Delay each reply by this many milliseconds.", "MS"},
+        {"split", "Send each byte of a reply separately."},
+        {"hang-up-after", "Hang up the line once, after this many seconds, as if the adapter were pulled.",
+         "SECONDS"},
+        {"come-back-after", "Come back at the same link, this many seconds after the hang-up (default: 1).",
+         "SECONDS"},
+        {"replay",
+         "Hold a dialogue with the camera at PORT. DIALOGUE is a file, or the name of an installed "
+         "dialogue, such as home. The camera moves.",
          "DIALOGUE"},
-        {"allow-changes", "Hold it even if it changes what the camera keeps, such as presets."},
+        {"allow-changes",
+         "Also hold a dialogue that permanently changes the camera, for example its presets."},
         {"baud", "The baud rate for --replay (default: 9600).", "RATE"},
     });
     parser.addPositionalArgument("port", "The serial port for --replay.", "[PORT]");

@@ -76,7 +76,7 @@ private:
     QStringList report;
     QByteArray received;
     std::deque<Answer> answers;
-    /** Answers that were not expected, until it is clear in place of which step they came. */
+    /** Answers that were not expected, until it is known which expected answer each replaces, if any. */
     std::deque<Answer> unexpected;
     /** The frame that stops each part set in motion, and the cancel frame of each socket in use. */
     QMap<std::size_t, QByteArray> stops;

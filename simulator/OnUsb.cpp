@@ -41,8 +41,8 @@ int statusAtEndOf(pid_t child, const sigset_t& awaited)
 } // namespace
 
 /**
- * Runs a program with a mocked USB bus, whose only serial adapter is connected to a terminal. Ends with the
- * program's exit status. So AUTO finds the simulated camera. Start it with umockdev-wrapper.
+ * Runs a program with a mocked USB bus, whose only serial adapter is connected to a terminal, so that AUTO
+ * finds the simulated camera there. Ends with the program's exit status. Start it with umockdev-wrapper.
  */
 int main(int argc, char* argv[])
 {

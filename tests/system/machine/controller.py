@@ -6,7 +6,7 @@ MAIN, SETTINGS, BOX = "Vantrel Controller", "Settings", "Vantrel"
 PROFILE = "~/.local/share/Vantrel"
 LOG = PROFILE + "/app.log"
 PULLED = "Input/output error"
-# The controller may use this much of a processor while nothing happens. With a loss that it does not notice it uses 100 %.
+# The controller may use this much of a processor while nothing happens. If it misses a lost adapter, it uses 100 %.
 CALM_PERCENT = 10
 
 
