@@ -2,6 +2,7 @@
 
 #include "support/CameraEnd.h"
 #include "support/CameraProgram.h"
+#include "support/Frames.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -222,7 +223,7 @@ private slots:
     void aPortThatIsLostEndsTheReplay()
     {
         Desk desk("> 81 01 06 04 FF\n< 90 41 FF within 2 s\n");
-        QCOMPARE(desk.camera.nextFrame(), QByteArray("81 01 06 04 ff"));
+        QCOMPARE(desk.camera.nextFrame(), QByteArray(Home));
         desk.camera.pull();
         QCOMPARE(desk.replay.exitStatus(), 2);
         const QString complaint = complaintOf(desk.replay);
@@ -257,7 +258,7 @@ private slots:
         QFETCH(QStringList, options);
         QFETCH(unsigned, speed);
         Desk desk("> 81 01 06 04 FF\n< 90 41 FF within 60 s\n", options);
-        QCOMPARE(desk.camera.nextFrame(), QByteArray("81 01 06 04 ff"));
+        QCOMPARE(desk.camera.nextFrame(), QByteArray(Home));
 
         termios settings{};
         const int line = open(QFile::encodeName(desk.camera.portName()).constData(), O_RDWR | O_NOCTTY);

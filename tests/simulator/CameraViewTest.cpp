@@ -1,4 +1,5 @@
 #include "view/CameraView.h"
+#include "support/Frames.h"
 #include "support/PaintCounter.h"
 
 #include <QPaintEngine>
@@ -16,17 +17,6 @@
 using namespace std::chrono_literals;
 
 namespace {
-
-const char* const driveUp = "81 01 06 01 05 05 03 01 ff";
-const char* const driveDown = "81 01 06 01 05 05 03 02 ff";
-const char* const driveLeft = "81 01 06 01 05 05 01 03 ff";
-const char* const driveRight = "81 01 06 01 05 05 02 03 ff";
-const char* const driveStop = "81 01 06 01 05 05 03 03 ff";
-const char* const zoomTele = "81 01 04 07 25 ff";
-const char* const zoomStop = "81 01 04 07 00 ff";
-const char* const home = "81 01 06 04 ff";
-const char* const store1 = "81 01 04 3f 01 01 ff";
-const char* const store12 = "81 01 04 3f 01 0c ff";
 
 constexpr QSize pictureSize(800, 450);
 const QColor amber(0xff, 0xb0, 0x2e);
@@ -71,7 +61,7 @@ public:
     // Stops the camera, waits until the window shows that, and takes its picture.
     QImage pictureAtRest()
     {
-        for (const char* const stop : {driveStop, zoomStop})
+        for (const char* const stop : {Stop, ZoomStop})
             carryOut(stop);
         if (!QTest::qWaitFor([this] { return !isAwake(); }))
             return {};
@@ -248,10 +238,10 @@ private slots:
         QTest::addColumn<QPointF>("homeAfterwards");
 
         // Speed 5 for 400 milliseconds: 5 degrees of tilt, 6.6 degrees of pan.
-        QTest::newRow("up") << QByteArray(driveUp) << QPointF(400, 225 + wideFocus * tangent(5));
-        QTest::newRow("down") << QByteArray(driveDown) << QPointF(400, 225 - wideFocus * tangent(5));
-        QTest::newRow("left") << QByteArray(driveLeft) << QPointF(400 + wideFocus * tangent(6.6), 225);
-        QTest::newRow("right") << QByteArray(driveRight) << QPointF(400 - wideFocus * tangent(6.6), 225);
+        QTest::newRow("up") << QByteArray(Up) << QPointF(400, 225 + wideFocus * tangent(5));
+        QTest::newRow("down") << QByteArray(Down) << QPointF(400, 225 - wideFocus * tangent(5));
+        QTest::newRow("left") << QByteArray(Left) << QPointF(400 + wideFocus * tangent(6.6), 225);
+        QTest::newRow("right") << QByteArray(Right) << QPointF(400 - wideFocus * tangent(6.6), 225);
     }
 
     void pressingADirectionMovesThePictureTheOtherWay()
@@ -259,12 +249,12 @@ private slots:
         QFETCH(QByteArray, command);
         QFETCH(QPointF, homeAfterwards);
         Desk desk;
-        desk.carryOut(store1);
+        desk.carryOut(setPreset(1));
         QVERIFY(hasMarkAt(desk.pictureAtRest(), {400, 225}));
 
         desk.send(command);
         desk.now += 400ms;
-        desk.carryOut(driveStop);
+        desk.carryOut(Stop);
         const QImage picture = desk.pictureAtRest();
         QVERIFY(!hasMarkAt(picture, {400, 225}));
         QVERIFY(hasMarkAt(picture, homeAfterwards));
@@ -273,7 +263,7 @@ private slots:
     void zoomingInSpreadsThePicture()
     {
         Desk desk;
-        desk.carryOut(store1);
+        desk.carryOut(setPreset(1));
         // Three degrees to the right, and half way to tele.
         desk.carryOut("81 01 06 02 18 14 00 00 02 08 00 00 00 00 ff", 1s);
         QVERIFY(hasMarkAt(desk.pictureAtRest(), {400 - wideFocus * tangent(3), 225}));
@@ -295,7 +285,7 @@ private slots:
         QFETCH(bool, mirrored);
         QFETCH(bool, flipped);
         Desk desk;
-        desk.carryOut(store1);
+        desk.carryOut(setPreset(1));
         // Home is 13.2 degrees to the left and 10 degrees below.
         desk.carryOut("81 01 06 02 18 14 00 00 0b 00 00 00 08 05 ff", 1s);
         const auto homePoint = Projection(desk.camera.position(), pictureSize).pointAt(0, 0);
@@ -318,7 +308,7 @@ private slots:
     void theViewIsDarkInStandby()
     {
         Desk desk;
-        desk.carryOut(store1);
+        desk.carryOut(setPreset(1));
         const QImage bright = desk.pictureAtRest();
         desk.carryOut("81 01 04 00 03 ff");
         const QImage dark = desk.pictureAtRest();
@@ -354,7 +344,7 @@ private slots:
         QTest::addColumn<QString>("mark");
         QTest::addColumn<QPointF>("place");
 
-        const QByteArray atHome(home);
+        const QByteArray atHome(Home);
         // Pan 15 degrees, tilt 30 degrees.
         const QByteArray aside("81 01 06 02 18 14 00 00 0c 08 00 01 09 00 ff");
         const double left = 17;
@@ -385,11 +375,11 @@ private slots:
     void presetsAtOnePlaceShareAMark()
     {
         Desk desk;
-        desk.carryOut(store1);
-        desk.carryOut(store12);
-        desk.carryOut(driveRight, 1s);
-        desk.carryOut(driveStop);
-        desk.carryOut("81 01 04 3f 01 02 ff");
+        desk.carryOut(setPreset(1));
+        desk.carryOut(setPreset(12));
+        desk.carryOut(Right, 1s);
+        desk.carryOut(Stop);
+        desk.carryOut(setPreset(2));
         desk.pictureAtRest();
 
         const TextRecorder recorder(desk.view);
@@ -401,14 +391,14 @@ private slots:
     void storedPresetsAreListed()
     {
         Desk desk;
-        const auto listedAfter = [&desk](const char* command) {
+        const auto listedAfter = [&desk](const QByteArray& command) {
             desk.carryOut(command);
             desk.pictureAtRest();
             return desk.view.texts().presets;
         };
         QCOMPARE(desk.view.texts().presets, QString());
-        QCOMPARE(listedAfter(store12), "12");
-        QCOMPARE(listedAfter(store1), "1 12");
+        QCOMPARE(listedAfter(setPreset(12)), "12");
+        QCOMPARE(listedAfter(setPreset(1)), "1 12");
         QCOMPARE(listedAfter("81 01 04 3f 00 01 ff"), "12");
     }
 
@@ -418,7 +408,7 @@ private slots:
         desk.view.resize(desk.view.minimumSize());
         QString list = "Presets:";
         for (int preset = 1; preset <= 64; ++preset) {
-            desk.carryOut("81 01 04 3f 01 " + QByteArray::number(preset, 16).rightJustified(2, '0') + " ff");
+            desk.carryOut(setPreset(preset));
             list += QString(" %1").arg(preset);
         }
         desk.pictureAtRest();
@@ -442,7 +432,7 @@ private slots:
         };
         const QStringList up{"drive up, speeds 5 and 5", "81 01 06 01 05 05 03 01 FF"};
         QCOMPARE(shown(), QStringList({"", "", "", ""}));
-        desk.send(driveUp);
+        desk.send(Up);
         QCOMPARE(shown(), up + QStringList({"", ""}));
         desk.now += untilAction;
         QTRY_COMPARE(shown(), up + QStringList({"ACK, socket 1", "90 41 FF"}));
@@ -458,7 +448,7 @@ private slots:
         QTest::addColumn<QByteArray>("command");
         for (const bool isSmallest : {true, false}) {
             const char* const size = isSmallest ? "as small as it goes" : "as it opens";
-            QTest::addRow("at home, %s", size) << isSmallest << QByteArray(home);
+            QTest::addRow("at home, %s", size) << isSmallest << QByteArray(Home);
             QTest::addRow("in a corner, %s", size)
                 << isSmallest << QByteArray("81 01 06 02 18 14 0F 06 03 01 0F 0B 02 00 FF");
         }
@@ -494,7 +484,7 @@ private slots:
             return false;
         };
         QVERIFY(!isAmber());
-        desk.carryOut(driveUp);
+        desk.carryOut(Up);
         QTRY_VERIFY(isAmber());
         desk.pictureAtRest();
         QVERIFY(!isAmber());
@@ -512,13 +502,13 @@ private slots:
         };
         QCOMPARE(shown(), "0.0 0.0 1.0 0000");
         QVERIFY(desk.view.texts().pan.endsWith(degree) && desk.view.texts().tilt.endsWith(degree));
-        desk.send(driveLeft);
+        desk.send(Left);
         desk.now += untilAction + 1s;
         QTRY_COMPARE(shown(), "-16.7 0.0 1.0 0000");
-        desk.send(driveUp);
+        desk.send(Up);
         desk.now += untilAction + 1s;
         QTRY_COMPARE(shown(), "-17.1 +12.5 1.0 0000");
-        desk.send(zoomTele);
+        desk.send(ZoomIn);
         desk.now += 60s;
         QTRY_COMPARE(shown(), "-17.1 +90.0 20.0 4000");
     }
@@ -542,7 +532,7 @@ private slots:
         const QPoint straightAhead = desk.view.mapPointAt(0, 0).toPoint();
         QCOMPARE(desk.pictureAtRest().pixelColor(straightAhead), amber);
 
-        desk.carryOut(driveRight, 4s);
+        desk.carryOut(Right, 4s);
         const QImage picture = desk.pictureAtRest();
         const ViscaCamera::Position there = desk.camera.position();
         QVERIFY(there.pan > 60);
@@ -557,7 +547,7 @@ private slots:
         QVERIFY(!desk.isAwake());
 
         // A command that moves nothing is shown once.
-        desk.carryOut(store1);
+        desk.carryOut(setPreset(1));
         QTRY_VERIFY(!desk.isAwake());
         PaintCounter paints(&desk.view);
         QCoreApplication::processEvents();
@@ -572,10 +562,10 @@ private slots:
         Desk desk;
         QVERIFY(QTest::qWaitForWindowExposed(&desk.view));
         PaintCounter paints(&desk.view);
-        desk.carryOut(driveUp);
+        desk.carryOut(Up);
         QTRY_VERIFY(paints.count >= 10);
         QVERIFY(desk.isAwake());
-        desk.carryOut(driveStop);
+        desk.carryOut(Stop);
         QTRY_VERIFY(!desk.isAwake());
         QVERIFY(!desk.camera.isMoving());
     }
@@ -583,7 +573,7 @@ private slots:
     void itDrawsNoMoreAtTheEndOfTheRange()
     {
         Desk desk;
-        desk.carryOut(driveUp);
+        desk.carryOut(Up);
         QVERIFY(desk.camera.isMoving());
         desk.now += 60s;
         QTRY_VERIFY(!desk.isAwake());

@@ -1,5 +1,6 @@
 #include "ViscaCamera.h"
 #include "support/CameraProgram.h"
+#include "support/Frames.h"
 
 #include <QFileInfo>
 #include <QTemporaryDir>
@@ -15,7 +16,6 @@
 
 namespace {
 
-const char* const driveUp = "81 01 06 01 05 05 03 01 ff";
 const char* const driveUpLine = "<- 81 01 06 01 05 05 03 01 FF  drive up, speeds 5 and 5";
 const char* const networkChangeLine = "-> 90 38 FF  network change";
 const char* const ackLine = "-> 90 41 FF  ACK, socket 1";
@@ -104,7 +104,7 @@ private slots:
         CameraProgram camera(options);
         QTRY_COMPARE(camera.lines(), QStringList({"Camera at " + camera.path(), networkChangeLine}));
         Controller controller(camera.path());
-        controller.send(QByteArray("12 34 ff") + driveUp + "ff 90");
+        controller.send(QByteArray("12 34 ff") + Up + "ff 90");
         QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
         QTRY_COMPARE(camera.lines().mid(2),
                      QStringList({"<- 12 34 FF  no frame, ignored", driveUpLine,
@@ -127,13 +127,13 @@ private slots:
         const auto row = [](const QStringList& options, const QByteArray& sent, const QByteArray& received) {
             QTest::newRow(qPrintable(options.join(' '))) << options << sent << received;
         };
-        row({"--strict"}, driveUp + QByteArray("81 01 06 04 ff"), "90 41 ff 90 51 ff 90 61 41 ff");
+        row({"--strict"}, QByteArray(Up) + Home, "90 41 ff 90 51 ff 90 61 41 ff");
         row({"--standby"}, "81 09 04 00 ff", "90 50 03 ff");
         row({"--address", "7"}, "81 09 04 00 ff 87 09 04 00 ff", "f0 50 02 ff");
         row({"--presets", "6"},
             "81 01 04 3f 00 06 ff 81 01 04 3f 01 06 ff 81 01 04 3f 02 06 ff 81 01 04 3f 01 05 ff",
             "90 60 02 ff 90 60 02 ff 90 60 02 ff 90 41 ff 90 51 ff");
-        row({"--split"}, driveUp, ackAndCompletion);
+        row({"--split"}, Up, ackAndCompletion);
     }
 
     void anOptionChangesTheAnswers()
@@ -154,7 +154,7 @@ private slots:
     {
         CameraProgram camera({"--no-replies"});
         Controller controller(camera.path());
-        controller.send(driveUp);
+        controller.send(Up);
         QTRY_COMPARE(camera.lines().mid(2), QStringList({driveUpLine, ackLine, completionLine}));
         QVERIFY(controller.received().isEmpty());
     }
@@ -165,7 +165,7 @@ private slots:
         Controller controller(camera.path());
         QElapsedTimer clock;
         clock.start();
-        controller.send(driveUp);
+        controller.send(Up);
         QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
         QVERIFY(clock.elapsed() >= 200);
     }
@@ -176,15 +176,15 @@ private slots:
         Controller controller(camera.path());
         controller.send("81 01 06 01 18 14 02 03 ff");
         const auto panIsRight = [&] {
-            controller.send("81 09 06 12 ff");
+            controller.send(PositionInquiry);
             const QStringList told = camera.lines("-> 90 50 ");
             return !told.isEmpty() && !told.last().contains("pan 0.0,") && told.last().contains("tilt 0.0 ");
         };
         QTRY_VERIFY(panIsRight());
 
-        controller.send("81 01 06 04 ff");
+        controller.send(Home);
         QTRY_COMPARE(camera.lines("-> 90 51 FF").size(), 2);
-        controller.send("81 09 06 12 ff");
+        controller.send(PositionInquiry);
         QTRY_VERIFY(camera.lines().constLast().endsWith("pan 0.0, tilt 0.0 degrees"));
     }
 
@@ -194,7 +194,7 @@ private slots:
         QTRY_COMPARE(desk.camera.lines().mid(1), QStringList({"Link at " + desk.link, networkChangeLine}));
         QCOMPARE(QFileInfo(desk.link).symLinkTarget(), desk.camera.path());
         Controller controller(desk.link);
-        controller.send(driveUp);
+        controller.send(Up);
         QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
     }
 
@@ -272,7 +272,7 @@ private slots:
         QVERIFY(reader.waitForFinished());
         QVERIFY(reader.readAllStandardOutput().contains("Link at " + QFile::encodeName(link) + '\n'));
 
-        Controller(link).send(driveUp);
+        Controller(link).send(Up);
         QVERIFY(camera.waitForFinished());
         QCOMPARE(camera.exitStatus(), QProcess::NormalExit);
         QCOMPARE(camera.exitCode(), 0);
@@ -296,7 +296,7 @@ private slots:
         QTRY_COMPARE(desk.camera.lines().size(), 3);
         {
             Controller controller(desk.link);
-            controller.send(QByteArray(driveUp) + "81 01 06 01 05 05 03 03 ff");
+            controller.send(QByteArray(Up) + Stop);
             QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion) + ' ' + ackAndCompletion);
             QVERIFY(!controller.isHungUp());
             QTRY_VERIFY(controller.isHungUp());
@@ -307,7 +307,7 @@ private slots:
                                                               "Link at " + desk.link, networkChangeLine}));
         QCOMPARE(QFileInfo(desk.link).symLinkTarget(), newPath);
         Controller controller(desk.link);
-        controller.send("81 09 06 12 ff");
+        controller.send(PositionInquiry);
         // Between drive and stop was one video frame, 17 ms: three steps up.
         QTRY_COMPARE(controller.received(), QByteArray("90 50 00 00 00 00 00 00 00 03 ff"));
     }

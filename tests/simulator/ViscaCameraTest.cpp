@@ -3,6 +3,7 @@
 
 #include "ViscaCamera.h"
 #include "support/CameraDesk.h"
+#include "support/Frames.h"
 
 #include <QtTest>
 
@@ -11,11 +12,6 @@ using namespace std::chrono_literals;
 namespace {
 
 using Event = ViscaCamera::Event;
-
-const char* const driveUp = "81 01 06 01 05 05 03 01 ff";
-const char* const driveStop = "81 01 06 01 05 05 03 03 ff";
-const char* const home = "81 01 06 04 ff";
-const char* const positionInquiry = "81 09 06 12 ff";
 
 QByteArray bytes(const QByteArray& hex)
 {
@@ -77,7 +73,7 @@ private slots:
     {
         CameraDesk desk;
         // One frame is taken per video frame; 17 ms at 12.5 degrees a second are three steps.
-        QCOMPARE(desk.send(QByteArray(driveUp) + driveStop + positionInquiry),
+        QCOMPARE(desk.send(QByteArray(Up) + Stop + PositionInquiry),
                  QStringList({"25: 90 41 ff", "36: 90 51 ff", "42: 90 41 ff", "53: 90 51 ff",
                               "59: 90 50 00 00 00 00 00 00 00 03 ff"}));
         // 19.2 degrees right at 16.7 a second.
@@ -103,7 +99,7 @@ private slots:
         for (const char* const store :
              {"81 01 04 3f 01 00 ff", "81 01 04 3f 01 fe ff", "81 01 04 3f 01 05 ff"}) {
             desk.send("81 01 06 01 01 01 02 03 ff");
-            desk.send(driveStop);
+            desk.send(Stop);
             desk.send(store);
         }
         QCOMPARE(desk.camera.presets().keys(), QList<int>({0, 5, 254}));
@@ -162,17 +158,17 @@ private slots:
     void tooManyFramesAtOnceAreRefused()
     {
         CameraDesk desk;
-        const QStringList replies = desk.send(QByteArray(positionInquiry).repeated(64) + driveUp, 5s);
+        const QStringList replies = desk.send(QByteArray(PositionInquiry).repeated(64) + Up, 5s);
         QCOMPARE(replies.size(), 65);
         QCOMPARE(replies.first(), QString("0: 90 60 03 ff"));
         QCOMPARE(replies.last(), QString("%1: 90 50 00 00 00 00 00 00 00 00 ff").arg(63 * 17 + 25));
-        QCOMPARE(desk.send(home).value(0), QString("25: 90 41 ff"));
+        QCOMPARE(desk.send(Home).value(0), QString("25: 90 41 ff"));
     }
 
     void aLateCallCatchesUpInOrder()
     {
         ViscaCamera camera;
-        camera.receive(bytes(QByteArray(driveUp) + driveStop), 0ms);
+        camera.receive(bytes(QByteArray(Up) + Stop), 0ms);
         QStringList replies;
         for (const Event& event : camera.advance(10s))
             replies += QString(event.bytes.toHex(' '));
@@ -192,7 +188,7 @@ private slots:
         QVERIFY2(!camera.nextDue(), "a drive has nothing more to reply");
 
         // 80 degrees and what the drive adds until Home acts, at 80 degrees per second.
-        camera.receive(bytes(home), 1125ms);
+        camera.receive(bytes(Home), 1125ms);
         camera.advance(1150ms);
         QVERIFY(camera.nextDue() == 1150ms + 1025ms);
     }
@@ -200,11 +196,11 @@ private slots:
     void theClockNeverRunsBackwards()
     {
         ViscaCamera camera;
-        camera.receive(bytes(driveUp), 1000ms);
+        camera.receive(bytes(Up), 1000ms);
         camera.advance(2025ms);
         QVERIFY(camera.advance(0ms).empty());
         QCOMPARE(camera.position().tilt, 12.5);
-        camera.receive(bytes(driveStop), 0ms);
+        camera.receive(bytes(Stop), 0ms);
         QVERIFY(camera.nextDue() == 2050ms);
     }
 };
