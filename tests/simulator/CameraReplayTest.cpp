@@ -3,6 +3,7 @@
 #include "support/CameraEnd.h"
 #include "support/CameraProgram.h"
 #include "support/Frames.h"
+#include "support/PlainClient.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -10,9 +11,7 @@
 
 #include <csignal>
 
-#include <fcntl.h>
 #include <termios.h>
-#include <unistd.h>
 
 namespace {
 
@@ -261,9 +260,8 @@ private slots:
         QCOMPARE(desk.camera.nextFrame(), QByteArray(Home));
 
         termios settings{};
-        const int line = open(QFile::encodeName(desk.camera.portName()).constData(), O_RDWR | O_NOCTTY);
-        QCOMPARE(tcgetattr(line, &settings), 0);
-        close(line);
+        const PlainClient other(desk.camera.portName());
+        QCOMPARE(tcgetattr(other.descriptor, &settings), 0);
         QCOMPARE(cfgetospeed(&settings), speed);
         QCOMPARE(settings.c_cflag & (CSIZE | PARENB | CSTOPB | CRTSCTS), tcflag_t(CS8));
         QCOMPARE(settings.c_iflag & (IXON | IXOFF), tcflag_t(0));
@@ -282,13 +280,12 @@ private slots:
     void repliesFromBeforeTheReplayAreDropped()
     {
         CameraEnd camera;
-        const int other = open(QFile::encodeName(camera.portName()).constData(), O_RDWR | O_NOCTTY);
+        const PlainClient other(camera.portName());
         camera.reply("90 38 ff");
         CameraProgram replay({"--replay", "maximum-speeds", camera.portName()});
         camera.nextFrame();
         camera.reply("90 50 18 14 ff");
         QCOMPARE(replay.exitStatus(), 0);
-        close(other);
     }
 
     void whatTheCameraKeepsIsChangedOnlyWhenAllowed()

@@ -1,18 +1,14 @@
 #include "ViscaCamera.h"
 #include "support/CameraProgram.h"
 #include "support/Frames.h"
+#include "support/PlainClient.h"
 
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include <algorithm>
-#include <array>
 #include <csignal>
-
-#include <fcntl.h>
-#include <poll.h>
-#include <unistd.h>
 
 namespace {
 
@@ -21,49 +17,6 @@ const char* const networkChangeLine = "-> 90 38 FF  network change";
 const char* const ackLine = "-> 90 41 FF  ACK, socket 1";
 const char* const completionLine = "-> 90 51 FF  completion, socket 1";
 const char* const ackAndCompletion = "90 41 ff 90 51 ff";
-
-// A controller with the line open.
-class Controller
-{
-public:
-    explicit Controller(const QString& path)
-        : descriptor(open(QFile::encodeName(path).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK))
-    {
-    }
-
-    ~Controller() { close(descriptor); }
-
-    Controller(const Controller&) = delete;
-    Controller& operator=(const Controller&) = delete;
-
-    void send(const QByteArray& hex)
-    {
-        const QByteArray bytes = QByteArray::fromHex(hex);
-        QCOMPARE(write(descriptor, bytes.constData(), static_cast<std::size_t>(bytes.size())), bytes.size());
-    }
-
-    // All bytes received so far, in hexadecimal.
-    QByteArray received()
-    {
-        std::array<char, 4096> buffer;
-        for (;;) {
-            const ssize_t size = read(descriptor, buffer.data(), buffer.size());
-            if (size <= 0)
-                return all.toHex(' ');
-            all.append(buffer.data(), static_cast<int>(size));
-        }
-    }
-
-    bool isHungUp() const
-    {
-        pollfd request{descriptor, POLLIN, 0};
-        return poll(&request, 1, 0) == 1 && (request.revents & POLLHUP) != 0;
-    }
-
-private:
-    const int descriptor;
-    QByteArray all;
-};
 
 // A camera with a link, in a folder of its own.
 struct LinkedCamera
@@ -103,9 +56,9 @@ private slots:
         QFETCH(QStringList, options);
         CameraProgram camera(options);
         QTRY_COMPARE(camera.lines(), QStringList({"Camera at " + camera.path(), networkChangeLine}));
-        Controller controller(camera.path());
-        controller.send(QByteArray("12 34 ff") + Up + "ff 90");
-        QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
+        PlainClient controller(camera.path());
+        controller.sendHex(QByteArray("12 34 ff") + Up + "ff 90");
+        QTRY_COMPARE(controller.receivedHex(), QByteArray(ackAndCompletion));
         QTRY_COMPARE(camera.lines().mid(2),
                      QStringList({"<- 12 34 FF  no frame, ignored", driveUpLine,
                                   "<- FF 90  no frame, ignored", ackLine, completionLine}));
@@ -114,7 +67,7 @@ private slots:
     void printsAnUnfinishedFrame()
     {
         CameraProgram camera;
-        Controller(camera.path()).send("81 01 06 04");
+        PlainClient(camera.path()).sendHex("81 01 06 04");
         QTRY_COMPARE(camera.lines("<-"), QStringList("<- 81 01 06 04  unfinished frame, forgotten"));
     }
 
@@ -142,9 +95,9 @@ private slots:
         QFETCH(QByteArray, sent);
         QFETCH(QByteArray, received);
         CameraProgram camera(options);
-        Controller controller(camera.path());
-        controller.send(sent);
-        QTRY_COMPARE(controller.received(), received);
+        PlainClient controller(camera.path());
+        controller.sendHex(sent);
+        QTRY_COMPARE(controller.receivedHex(), received);
         if (options.contains("--split"))
             QTRY_COMPARE(camera.lines(">>"),
                          QStringList({">> 90", ">> 41", ">> FF", ">> 90", ">> 51", ">> FF"}));
@@ -153,8 +106,8 @@ private slots:
     void noRepliesIsSilent()
     {
         CameraProgram camera({"--no-replies"});
-        Controller controller(camera.path());
-        controller.send(Up);
+        PlainClient controller(camera.path());
+        controller.sendHex(Up);
         QTRY_COMPARE(camera.lines().mid(2), QStringList({driveUpLine, ackLine, completionLine}));
         QVERIFY(controller.received().isEmpty());
     }
@@ -162,29 +115,29 @@ private slots:
     void lateRepliesAreLate()
     {
         CameraProgram camera({"--late", "200"});
-        Controller controller(camera.path());
+        PlainClient controller(camera.path());
         QElapsedTimer clock;
         clock.start();
-        controller.send(Up);
-        QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
+        controller.sendHex(Up);
+        QTRY_COMPARE(controller.receivedHex(), QByteArray(ackAndCompletion));
         QVERIFY(clock.elapsed() >= 200);
     }
 
     void reallyMoves()
     {
         CameraProgram camera;
-        Controller controller(camera.path());
-        controller.send("81 01 06 01 18 14 02 03 ff");
+        PlainClient controller(camera.path());
+        controller.sendHex("81 01 06 01 18 14 02 03 ff");
         const auto panIsRight = [&] {
-            controller.send(PositionInquiry);
+            controller.sendHex(PositionInquiry);
             const QStringList told = camera.lines("-> 90 50 ");
             return !told.isEmpty() && !told.last().contains("pan 0.0,") && told.last().contains("tilt 0.0 ");
         };
         QTRY_VERIFY(panIsRight());
 
-        controller.send(Home);
+        controller.sendHex(Home);
         QTRY_COMPARE(camera.lines("-> 90 51 FF").size(), 2);
-        controller.send(PositionInquiry);
+        controller.sendHex(PositionInquiry);
         QTRY_VERIFY(camera.lines().constLast().endsWith("pan 0.0, tilt 0.0 degrees"));
     }
 
@@ -193,9 +146,9 @@ private slots:
         LinkedCamera desk;
         QTRY_COMPARE(desk.camera.lines().mid(1), QStringList({"Link at " + desk.link, networkChangeLine}));
         QCOMPARE(QFileInfo(desk.link).symLinkTarget(), desk.camera.path());
-        Controller controller(desk.link);
-        controller.send(Up);
-        QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
+        PlainClient controller(desk.link);
+        controller.sendHex(Up);
+        QTRY_COMPARE(controller.receivedHex(), QByteArray(ackAndCompletion));
     }
 
     void linkReplacesOneThatIsStale()
@@ -272,7 +225,7 @@ private slots:
         QVERIFY(reader.waitForFinished());
         QVERIFY(reader.readAllStandardOutput().contains("Link at " + QFile::encodeName(link) + '\n'));
 
-        Controller(link).send(Up);
+        PlainClient(link).sendHex(Up);
         QVERIFY(camera.waitForFinished());
         QCOMPARE(camera.exitStatus(), QProcess::NormalExit);
         QCOMPARE(camera.exitCode(), 0);
@@ -295,9 +248,9 @@ private slots:
         LinkedCamera desk({"--hang-up-after", "2", "--come-back-after", "0.3"});
         QTRY_COMPARE(desk.camera.lines().size(), 3);
         {
-            Controller controller(desk.link);
-            controller.send(QByteArray(Up) + Stop);
-            QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion) + ' ' + ackAndCompletion);
+            PlainClient controller(desk.link);
+            controller.sendHex(QByteArray(Up) + Stop);
+            QTRY_COMPARE(controller.receivedHex(), QByteArray(ackAndCompletion) + ' ' + ackAndCompletion);
             QVERIFY(!controller.isHungUp());
             QTRY_VERIFY(controller.isHungUp());
             QVERIFY2(desk.entries().isEmpty(), "a pulled adapter has no device");
@@ -306,10 +259,10 @@ private slots:
         QTRY_COMPARE(desk.camera.lines().mid(9), QStringList({"Hung up", "Camera at " + newPath,
                                                               "Link at " + desk.link, networkChangeLine}));
         QCOMPARE(QFileInfo(desk.link).symLinkTarget(), newPath);
-        Controller controller(desk.link);
-        controller.send(PositionInquiry);
+        PlainClient controller(desk.link);
+        controller.sendHex(PositionInquiry);
         // Between drive and stop was one video frame, 17 ms: three steps up.
-        QTRY_COMPARE(controller.received(), QByteArray("90 50 00 00 00 00 00 00 00 03 ff"));
+        QTRY_COMPARE(controller.receivedHex(), QByteArray("90 50 00 00 00 00 00 00 00 03 ff"));
     }
 
     void endsWhenItCannotComeBack()
