@@ -143,26 +143,27 @@ private slots:
 
     void linkLeadsToTheCamera()
     {
-        LinkedCamera desk;
-        QTRY_COMPARE(desk.camera.lines().mid(1), QStringList({"Link at " + desk.link, networkChangeLine}));
-        QCOMPARE(QFileInfo(desk.link).symLinkTarget(), desk.camera.path());
-        PlainClient controller(desk.link);
+        LinkedCamera linked;
+        QTRY_COMPARE(linked.camera.lines().mid(1),
+                     QStringList({"Link at " + linked.link, networkChangeLine}));
+        QCOMPARE(QFileInfo(linked.link).symLinkTarget(), linked.camera.path());
+        PlainClient controller(linked.link);
         controller.sendHex(Up);
         QTRY_COMPARE(controller.receivedHex(), QByteArray(ackAndCompletion));
     }
 
     void linkReplacesOneThatIsStale()
     {
-        LinkedCamera desk;
-        QTRY_COMPARE(desk.camera.lines().size(), 3);
-        desk.camera.process.kill();
-        QCOMPARE(desk.camera.exitStatus(), -1);
-        QVERIFY2(QFileInfo(desk.link).isSymLink(), "a killed camera leaves its link behind");
+        LinkedCamera linked;
+        QTRY_COMPARE(linked.camera.lines().size(), 3);
+        linked.camera.process.kill();
+        QCOMPARE(linked.camera.exitStatus(), -1);
+        QVERIFY2(QFileInfo(linked.link).isSymLink(), "a killed camera leaves its link behind");
 
-        CameraProgram next({"--link", desk.link});
+        CameraProgram next({"--link", linked.link});
         QTRY_COMPARE(next.lines().size(), 3);
-        QCOMPARE(QFileInfo(desk.link).symLinkTarget(), next.path());
-        QCOMPARE(desk.entries(), QStringList("camera"));
+        QCOMPARE(QFileInfo(linked.link).symLinkTarget(), next.path());
+        QCOMPARE(linked.entries(), QStringList("camera"));
     }
 
     void linkReplacesNothingElse_data()
@@ -205,12 +206,12 @@ private slots:
     void linkGoesAwayAtTheEnd()
     {
         QFETCH(int, signal);
-        LinkedCamera desk;
-        QTRY_COMPARE(desk.camera.lines().size(), 3);
-        QCOMPARE(kill(static_cast<pid_t>(desk.camera.process.processId()), signal), 0);
-        QCOMPARE(desk.camera.exitStatus(), 0);
-        QCOMPARE(desk.entries(), QStringList());
-        QVERIFY(desk.camera.process.readAllStandardError().isEmpty());
+        LinkedCamera linked;
+        QTRY_COMPARE(linked.camera.lines().size(), 3);
+        QCOMPARE(kill(static_cast<pid_t>(linked.camera.process.processId()), signal), 0);
+        QCOMPARE(linked.camera.exitStatus(), 0);
+        QCOMPARE(linked.entries(), QStringList());
+        QVERIFY(linked.camera.process.readAllStandardError().isEmpty());
     }
 
     void linkGoesAwayWhenNobodyReadsTheOutput()
@@ -245,21 +246,22 @@ private slots:
 
     void hangsUpAndComesBackAtTheSameLinkAndPosition()
     {
-        LinkedCamera desk({"--hang-up-after", "2", "--come-back-after", "0.3"});
-        QTRY_COMPARE(desk.camera.lines().size(), 3);
+        LinkedCamera linked({"--hang-up-after", "2", "--come-back-after", "0.3"});
+        QTRY_COMPARE(linked.camera.lines().size(), 3);
         {
-            PlainClient controller(desk.link);
+            PlainClient controller(linked.link);
             controller.sendHex(QByteArray(Up) + Stop);
             QTRY_COMPARE(controller.receivedHex(), QByteArray(ackAndCompletion) + ' ' + ackAndCompletion);
             QVERIFY(!controller.isHungUp());
             QTRY_VERIFY(controller.isHungUp());
-            QVERIFY2(desk.entries().isEmpty(), "a pulled adapter has no device");
+            QVERIFY2(linked.entries().isEmpty(), "a pulled adapter has no device");
         }
-        const QString newPath = desk.camera.path(2);
-        QTRY_COMPARE(desk.camera.lines().mid(9), QStringList({"Hung up", "Camera at " + newPath,
-                                                              "Link at " + desk.link, networkChangeLine}));
-        QCOMPARE(QFileInfo(desk.link).symLinkTarget(), newPath);
-        PlainClient controller(desk.link);
+        const QString newPath = linked.camera.path(2);
+        QTRY_COMPARE(
+            linked.camera.lines().mid(9),
+            QStringList({"Hung up", "Camera at " + newPath, "Link at " + linked.link, networkChangeLine}));
+        QCOMPARE(QFileInfo(linked.link).symLinkTarget(), newPath);
+        PlainClient controller(linked.link);
         controller.sendHex(PositionInquiry);
         // Between drive and stop was one video frame, 17 ms: three steps up.
         QTRY_COMPARE(controller.receivedHex(), QByteArray("90 50 00 00 00 00 00 00 00 03 ff"));
@@ -267,12 +269,12 @@ private slots:
 
     void endsWhenItCannotComeBack()
     {
-        LinkedCamera desk({"--hang-up-after", "0.2", "--come-back-after", "2"});
-        QTRY_VERIFY(desk.camera.lines().contains("Hung up"));
-        QVERIFY(QDir(desk.folder.path()).mkdir("camera"));
-        QCOMPARE(desk.camera.exitStatus(), 1);
-        QCOMPARE(QString::fromLocal8Bit(desk.camera.process.readAllStandardError()),
-                 QString("vantrel-camera: %1 exists and is not a link\n").arg(desk.link));
+        LinkedCamera linked({"--hang-up-after", "0.2", "--come-back-after", "2"});
+        QTRY_VERIFY(linked.camera.lines().contains("Hung up"));
+        QVERIFY(QDir(linked.folder.path()).mkdir("camera"));
+        QCOMPARE(linked.camera.exitStatus(), 1);
+        QCOMPARE(QString::fromLocal8Bit(linked.camera.process.readAllStandardError()),
+                 QString("vantrel-camera: %1 exists and is not a link\n").arg(linked.link));
     }
 
     void helpAndVersionArePrinted_data()
