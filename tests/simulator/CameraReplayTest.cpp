@@ -4,8 +4,8 @@
 #include "support/CameraProgram.h"
 #include "support/Frames.h"
 #include "support/PlainClient.h"
+#include "support/PrivateProfile.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -19,11 +19,6 @@ const char* const homeAnswered = "> 81 01 06 04 FF\n"
                                  "< 90 41 FF within 1 s\n"
                                  "< 90 51 FF within 1 s\n";
 const char* const ackAndCompletion = "90 41 ff 90 51 ff";
-
-QString complaintOf(CameraProgram& program)
-{
-    return QString::fromLocal8Bit(program.process.readAllStandardError());
-}
 
 // A dialogue that the program replays, and the camera at the other end of the line.
 class DialogueReplay
@@ -64,10 +59,9 @@ public:
 private:
     QString write(const QByteArray& dialogue) const
     {
-        QFile file(folder.filePath("dialogue.txt"));
-        if (!file.open(QIODevice::WriteOnly) || file.write(dialogue) != dialogue.size())
-            qFatal("cannot write %s", qPrintable(file.fileName()));
-        return file.fileName();
+        const QString file = folder.filePath("dialogue.txt");
+        writeFile(file, dialogue);
+        return file;
     }
 
     const QTemporaryDir folder;
@@ -169,7 +163,7 @@ private slots:
         QStringList told = replay.report();
         QVERIFY(told.removeOne("Dialogue dialogue") && told.removeOne("expected received"));
         QCOMPARE(told, report);
-        QCOMPARE(complaintOf(replay.program), QString());
+        QCOMPARE(replay.program.complaint(), QString());
         QStringList sent = told.filter(QRegularExpression("^>"));
         sent.replaceInStrings(QRegularExpression(" #.*"), "");
         QCOMPARE(replay.frames, sent);
@@ -211,7 +205,7 @@ private slots:
         const QByteArray asked = "> 81 09 04 00 FF\n< 90 50 02 FF within 100 ms\n";
         DialogueReplay replay(asked.repeated(9), {"--baud", "38400"});
         QCOMPARE(replay.answer({}), 2);
-        QCOMPARE(complaintOf(replay.program),
+        QCOMPARE(replay.program.complaint(),
                  QString("vantrel-camera: no answer at %1: look at the port, the rate "
                          "(38400 baud, --baud sets another) and the camera's address\n")
                      .arg(replay.camera.portName()));
@@ -225,7 +219,7 @@ private slots:
         QCOMPARE(replay.camera.nextFrame(), QByteArray(Home));
         replay.camera.pull();
         QCOMPARE(replay.program.exitStatus(), 2);
-        const QString complaint = complaintOf(replay.program);
+        const QString complaint = replay.program.complaint();
         QVERIFY2(complaint.startsWith("vantrel-camera: the port is lost: "), qPrintable(complaint));
     }
 
@@ -240,7 +234,7 @@ private slots:
         QTRY_COMPARE(replay.program.lines("< 90 41 FF").size(), 1);
         QCOMPARE(kill(static_cast<pid_t>(replay.program.process.processId()), SIGINT), 0);
         QCOMPARE(replay.answer({}), 1);
-        QCOMPARE(complaintOf(replay.program), QString("vantrel-camera: interrupted\n"));
+        QCOMPARE(replay.program.complaint(), QString("vantrel-camera: interrupted\n"));
         QCOMPARE(replay.frames, QStringList({"> 81 21 FF", "> 81 01 06 01 01 01 03 03 FF"}));
     }
 
@@ -293,7 +287,7 @@ private slots:
         const QByteArray dialogue = "changes preset 5\n> 81 01 04 3F 00 05 FF\n< 90 51 FF\n";
         DialogueReplay refused(dialogue);
         QCOMPARE(refused.answer({"90 51 ff"}), 2);
-        QCOMPARE(complaintOf(refused.program),
+        QCOMPARE(refused.program.complaint(),
                  QString("vantrel-camera: the dialogue dialogue changes preset 5; "
                          "--allow-changes holds it all the same\n"));
         QVERIFY(refused.report().isEmpty() && refused.frames.isEmpty());
@@ -341,7 +335,7 @@ private slots:
         QFETCH(QString, complaint);
         DialogueReplay replay(dialogue);
         QCOMPARE(replay.program.exitStatus(), 2);
-        QCOMPARE(complaintOf(replay.program), "vantrel-camera: " + replay.path + complaint + '\n');
+        QCOMPARE(replay.program.complaint(), "vantrel-camera: " + replay.path + complaint + '\n');
         QVERIFY(replay.report().isEmpty());
     }
 };

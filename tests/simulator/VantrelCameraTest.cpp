@@ -2,6 +2,7 @@
 #include "support/CameraProgram.h"
 #include "support/Frames.h"
 #include "support/PlainClient.h"
+#include "support/PrivateProfile.h"
 
 #include <QFileInfo>
 #include <QTemporaryDir>
@@ -177,22 +178,20 @@ private slots:
     {
         QFETCH(QString, kind);
         const QTemporaryDir folder;
-        QFile file(folder.filePath("file"));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("kept") == 4);
-        file.close();
+        const QString file = folder.filePath("file");
+        writeFile(file, "kept");
         QVERIFY(QDir(folder.path()).mkdir("folder"));
-        QVERIFY(QFile::link(file.fileName(), folder.filePath("link to a file")));
+        QVERIFY(QFile::link(file, folder.filePath("link to a file")));
         QVERIFY(QFile::link(folder.filePath("gone"), folder.filePath("dangling link")));
         const QStringList before = QDir(folder.path()).entryList(QDir::AllEntries | QDir::System);
 
         CameraProgram camera({"--link", folder.filePath(kind)});
         QCOMPARE(camera.exitStatus(), 2);
-        const QString complaint = QString::fromLocal8Bit(camera.process.readAllStandardError());
+        const QString complaint = camera.complaint();
         QVERIFY2(complaint.contains(folder.filePath(kind)), qPrintable(complaint));
         QVERIFY(camera.lines().isEmpty());
         QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::System), before);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), QByteArray("kept"));
+        QCOMPARE(fileContent(file), QByteArray("kept"));
     }
 
     void linkGoesAwayAtTheEnd_data()
@@ -211,7 +210,7 @@ private slots:
         QCOMPARE(kill(static_cast<pid_t>(linked.camera.process.processId()), signal), 0);
         QCOMPARE(linked.camera.exitStatus(), 0);
         QCOMPARE(linked.entries(), QStringList());
-        QVERIFY(linked.camera.process.readAllStandardError().isEmpty());
+        QVERIFY(linked.camera.complaint().isEmpty());
     }
 
     void linkGoesAwayWhenNobodyReadsTheOutput()
@@ -273,7 +272,7 @@ private slots:
         QTRY_VERIFY(linked.camera.lines().contains("Hung up"));
         QVERIFY(QDir(linked.folder.path()).mkdir("camera"));
         QCOMPARE(linked.camera.exitStatus(), 1);
-        QCOMPARE(QString::fromLocal8Bit(linked.camera.process.readAllStandardError()),
+        QCOMPARE(linked.camera.complaint(),
                  QString("vantrel-camera: %1 exists and is not a link\n").arg(linked.link));
     }
 
@@ -369,7 +368,7 @@ private slots:
         QFETCH(QString, complaint);
         CameraProgram camera(options);
         QCOMPARE(camera.exitStatus(), 2);
-        const QString told = QString::fromLocal8Bit(camera.process.readAllStandardError());
+        const QString told = camera.complaint();
         QVERIFY2(told.startsWith("vantrel-camera: " + complaint), qPrintable(told));
         QCOMPARE(told.count('\n'), 1);
         QVERIFY(camera.lines().isEmpty());
