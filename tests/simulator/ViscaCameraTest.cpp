@@ -2,10 +2,11 @@
 // clock.
 
 #include "ViscaCamera.h"
-#include "support/CameraDesk.h"
 #include "support/Frames.h"
 
 #include <QtTest>
+
+#include <vector>
 
 using namespace std::chrono_literals;
 
@@ -18,12 +19,46 @@ QByteArray bytes(const QByteArray& hex)
     return QByteArray::fromHex(hex);
 }
 
+// A camera with a clock that moves only during send().
+class TimedCamera
+{
+public:
+    // Sends a frame in hexadecimal and waits. Returns the replies with the milliseconds since it was sent,
+    // such as "25: 90 41 ff".
+    QStringList send(const QByteArray& hex, ViscaCamera::Time patience = 100ms)
+    {
+        const ViscaCamera::Time sent = now;
+        QStringList replies;
+        note(camera.receive(bytes(hex), now), sent, replies);
+        while (now < sent + patience)
+            note(camera.advance(++now), sent, replies);
+        return replies;
+    }
+
+    // What has arrived, in words.
+    QStringList heard;
+    ViscaCamera camera;
+
+private:
+    void note(const std::vector<Event>& events, ViscaCamera::Time sent, QStringList& replies)
+    {
+        for (const Event& event : events) {
+            if (event.kind == Event::Kind::Reply)
+                replies += QString("%1: %2").arg((now - sent).count()).arg(QString(event.bytes.toHex(' ')));
+            else
+                heard += event.words;
+        }
+    }
+
+    ViscaCamera::Time now{0};
+};
+
 // Where a camera is one second after it began to carry out the command, in which the code replaces "XX".
 ViscaCamera::Position aSecondAfter(QByteArray command, int code)
 {
-    CameraDesk desk;
-    desk.send(command.replace("XX", QByteArray(1, static_cast<char>(code)).toHex()), 1025ms);
-    return desk.camera.position();
+    TimedCamera timed;
+    timed.send(command.replace("XX", QByteArray(1, static_cast<char>(code)).toHex()), 1025ms);
+    return timed.camera.position();
 }
 
 } // namespace
@@ -64,20 +99,20 @@ private slots:
     {
         QFETCH(QByteArray, frame);
         QFETCH(QString, words);
-        CameraDesk desk;
-        desk.send(frame);
-        QCOMPARE(desk.heard, QStringList(words));
+        TimedCamera timed;
+        timed.send(frame);
+        QCOMPARE(timed.heard, QStringList(words));
     }
 
     void repliesComeInTheTimesOfRealCameras()
     {
-        CameraDesk desk;
+        TimedCamera timed;
         // One frame is taken per video frame; 17 ms at 12.5 degrees a second are three steps.
-        QCOMPARE(desk.send(QByteArray(Up) + Stop + PositionInquiry),
+        QCOMPARE(timed.send(QByteArray(Up) + Stop + PositionInquiry),
                  QStringList({"25: 90 41 ff", "36: 90 51 ff", "42: 90 41 ff", "53: 90 51 ff",
                               "59: 90 50 00 00 00 00 00 00 00 03 ff"}));
         // 19.2 degrees right at 16.7 a second.
-        QCOMPARE(desk.send("81 01 06 02 05 05 00 01 00 00 00 00 00 00 ff", 2s),
+        QCOMPARE(timed.send("81 01 06 02 05 05 00 01 00 00 00 00 00 00 ff", 2s),
                  QStringList({"25: 90 41 ff", "1177: 90 51 ff"}));
     }
 
@@ -95,18 +130,18 @@ private slots:
 
     void presetsAreKeptByNumber()
     {
-        CameraDesk desk;
+        TimedCamera timed;
         for (const char* const store :
              {"81 01 04 3f 01 00 ff", "81 01 04 3f 01 fe ff", "81 01 04 3f 01 05 ff"}) {
-            desk.send("81 01 06 01 01 01 02 03 ff");
-            desk.send(Stop);
-            desk.send(store);
+            timed.send("81 01 06 01 01 01 02 03 ff");
+            timed.send(Stop);
+            timed.send(store);
         }
-        QCOMPARE(desk.camera.presets().keys(), QList<int>({0, 5, 254}));
-        QCOMPARE(desk.camera.presets().value(5).pan, desk.camera.position().pan);
-        QVERIFY(desk.camera.presets().value(0).pan < desk.camera.presets().value(254).pan);
-        desk.send("81 01 04 3f 00 05 ff");
-        QCOMPARE(desk.camera.presets().keys(), QList<int>({0, 254}));
+        QCOMPARE(timed.camera.presets().keys(), QList<int>({0, 5, 254}));
+        QCOMPARE(timed.camera.presets().value(5).pan, timed.camera.position().pan);
+        QVERIFY(timed.camera.presets().value(0).pan < timed.camera.presets().value(254).pan);
+        timed.send("81 01 04 3f 00 05 ff");
+        QCOMPARE(timed.camera.presets().keys(), QList<int>({0, 254}));
     }
 
     void standbyRefusesEveryCommandButPower_data()
@@ -131,11 +166,11 @@ private slots:
     void standbyRefusesEveryCommandButPower()
     {
         QFETCH(QByteArray, frame);
-        CameraDesk desk;
+        TimedCamera timed;
         // Store preset 0 and set the focus to manual, so that only standby is a reason to refuse the frame.
-        desk.send("81 01 04 3f 01 00 ff 81 01 04 38 03 ff 81 01 04 00 03 ff");
-        QVERIFY(!desk.camera.isOn());
-        QCOMPARE(desk.send(frame), QStringList("25: 90 61 41 ff"));
+        timed.send("81 01 04 3f 01 00 ff 81 01 04 38 03 ff 81 01 04 00 03 ff");
+        QVERIFY(!timed.camera.isOn());
+        QCOMPARE(timed.send(frame), QStringList("25: 90 61 41 ff"));
     }
 
     // Finds the mistakes that are easily made in a new row.
@@ -157,12 +192,12 @@ private slots:
 
     void tooManyFramesAtOnceAreRefused()
     {
-        CameraDesk desk;
-        const QStringList replies = desk.send(QByteArray(PositionInquiry).repeated(64) + Up, 5s);
+        TimedCamera timed;
+        const QStringList replies = timed.send(QByteArray(PositionInquiry).repeated(64) + Up, 5s);
         QCOMPARE(replies.size(), 65);
         QCOMPARE(replies.first(), QString("0: 90 60 03 ff"));
         QCOMPARE(replies.last(), QString("%1: 90 50 00 00 00 00 00 00 00 00 ff").arg(63 * 17 + 25));
-        QCOMPARE(desk.send(Home).value(0), QString("25: 90 41 ff"));
+        QCOMPARE(timed.send(Home).value(0), QString("25: 90 41 ff"));
     }
 
     void aLateCallCatchesUpInOrder()
