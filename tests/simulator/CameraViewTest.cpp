@@ -397,9 +397,9 @@ private slots:
             return viewed.view.texts().presets;
         };
         QCOMPARE(viewed.view.texts().presets, QString());
-        QCOMPARE(listedAfter(setPreset(12)), "12");
-        QCOMPARE(listedAfter(setPreset(1)), "1 12");
-        QCOMPARE(listedAfter("81 01 04 3f 00 01 ff"), "12");
+        QCOMPARE(listedAfter(setPreset(254)), "254");
+        QCOMPARE(listedAfter(setPreset(0)), "0 254");
+        QCOMPARE(listedAfter("81 01 04 3f 00 00 ff"), "254");
     }
 
     void aLongListOfPresetsIsShownWhole()

@@ -128,22 +128,6 @@ private slots:
         QCOMPARE(aSecondAfter("81 01 04 07 02 ff", 0).zoom, 0x4000 / 4.5);
     }
 
-    void presetsAreKeptByNumber()
-    {
-        TimedCamera timed;
-        for (const char* const store :
-             {"81 01 04 3f 01 00 ff", "81 01 04 3f 01 fe ff", "81 01 04 3f 01 05 ff"}) {
-            timed.send("81 01 06 01 01 01 02 03 ff");
-            timed.send(Stop);
-            timed.send(store);
-        }
-        QCOMPARE(timed.camera.presets().keys(), QList<int>({0, 5, 254}));
-        QCOMPARE(timed.camera.presets().value(5).pan, timed.camera.position().pan);
-        QVERIFY(timed.camera.presets().value(0).pan < timed.camera.presets().value(254).pan);
-        timed.send("81 01 04 3f 00 05 ff");
-        QCOMPARE(timed.camera.presets().keys(), QList<int>({0, 254}));
-    }
-
     void standbyRefusesEveryCommandButPower_data()
     {
         QTest::addColumn<QByteArray>("frame");
