@@ -260,17 +260,6 @@ private slots:
         QVERIFY(hasMarkAt(picture, homeAfterwards));
     }
 
-    void zoomingInSpreadsThePicture()
-    {
-        ViewedCamera viewed;
-        viewed.carryOut(setPreset(1));
-        // Three degrees to the right, and half way to tele.
-        viewed.carryOut("81 01 06 02 18 14 00 00 02 08 00 00 00 00 ff", 1s);
-        QVERIFY(hasMarkAt(viewed.pictureAtRest(), {400 - wideFocus * tangent(3), 225}));
-        viewed.carryOut("81 01 04 47 02 00 00 00 ff", 5s);
-        QVERIFY(hasMarkAt(viewed.pictureAtRest(), {400 - std::sqrt(20) * wideFocus * tangent(3), 225}));
-    }
-
     void mirrorAndFlipTurnTheView_data()
     {
         QTest::addColumn<bool>("mirrored");
@@ -359,6 +348,9 @@ private slots:
         QTest::newRow("beside the middle")
             << aside << "20"
             << QPointF(400 + wideFocus * tangent(5) * std::cos(qDegreesToRadians(30.0)), top);
+        // Half way to tele.
+        QTest::newRow("zoomed in") << QByteArray("81 01 04 47 02 00 00 00 ff") << "3"
+                                   << QPointF(400 + std::sqrt(20) * wideFocus * tangent(3), top);
     }
 
     void theRulersTellWhatIsInTheMiddle()
