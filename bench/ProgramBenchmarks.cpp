@@ -1,5 +1,4 @@
 #include "BareWindow.h"
-#include "PlainLog.h"
 #include "PseudoTerminal.h"
 #include "ReplyBurst.h"
 #include "support/PrivateProfile.h"
@@ -92,6 +91,17 @@ std::vector<std::string> linesOf(const QString& logPath)
     for (std::string line; std::getline(log, line);)
         lines.push_back(line + '\n');
     return lines;
+}
+
+/** The floor of the activity log: opens the file for appending, writes the entry and closes the file, with
+ * plain system calls. */
+void writePlainLogLine(const std::string& path, const std::string& line)
+{
+    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+    if (file == -1)
+        return;
+    static_cast<void>(!write(file, line.data(), line.size()));
+    close(file);
 }
 
 /** Measures `handleBurst`. Removes the log before each run. */

@@ -2,16 +2,16 @@
 
 #include "support/CameraEnd.h"
 #include "support/CameraProgram.h"
+#include "support/Frames.h"
+#include "support/PlainClient.h"
+#include "support/PrivateProfile.h"
 
-#include <QFile>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include <csignal>
 
-#include <fcntl.h>
 #include <termios.h>
-#include <unistd.h>
 
 namespace {
 
@@ -20,18 +20,13 @@ const char* const homeAnswered = "> 81 01 06 04 FF\n"
                                  "< 90 51 FF within 1 s\n";
 const char* const ackAndCompletion = "90 41 ff 90 51 ff";
 
-QString complaintOf(CameraProgram& program)
-{
-    return QString::fromLocal8Bit(program.process.readAllStandardError());
-}
-
-// A replay, and the camera at the other end of the line.
-class Desk
+// A dialogue that the program replays, and the camera at the other end of the line.
+class DialogueReplay
 {
 public:
-    explicit Desk(const QByteArray& dialogue, const QStringList& options = {})
+    explicit DialogueReplay(const QByteArray& dialogue, const QStringList& options = {})
         : path(write(dialogue))
-        , replay(QStringList({"--replay", path, camera.portName()}) + options)
+        , program(QStringList({"--replay", path, camera.portName()}) + options)
     {
     }
 
@@ -44,18 +39,18 @@ public:
                 if (!answers.isEmpty())
                     camera.reply(answers.takeFirst());
             }
-            return replay.process.state() == QProcess::NotRunning;
+            return program.process.state() == QProcess::NotRunning;
         };
         static_cast<void>(QTest::qWaitFor(answerAll, 10000));
         answerAll();
-        return replay.exitStatus();
+        return program.exitStatus();
     }
 
     // The lines of the report without the times.
     QStringList report()
     {
         static const QRegularExpression time(" +\\d+ ms");
-        QStringList lines = replay.lines();
+        QStringList lines = program.lines();
         for (QString& line : lines)
             line = line.remove(time).simplified();
         return lines;
@@ -64,10 +59,9 @@ public:
 private:
     QString write(const QByteArray& dialogue) const
     {
-        QFile file(folder.filePath("dialogue.txt"));
-        if (!file.open(QIODevice::WriteOnly) || file.write(dialogue) != dialogue.size())
-            qFatal("cannot write %s", qPrintable(file.fileName()));
-        return file.fileName();
+        const QString file = folder.filePath("dialogue.txt");
+        writeFile(file, dialogue);
+        return file;
     }
 
     const QTemporaryDir folder;
@@ -75,7 +69,7 @@ private:
 public:
     const QString path;
     CameraEnd camera;
-    CameraProgram replay;
+    CameraProgram program;
     QStringList frames;
 };
 
@@ -164,29 +158,29 @@ private slots:
         QFETCH(QByteArray, dialogue);
         QFETCH(QList<QByteArray>, answers);
         QFETCH(QStringList, report);
-        Desk desk(dialogue);
-        QCOMPARE(desk.answer(answers), report.constLast() == "as expected" ? 0 : 1);
-        QStringList told = desk.report();
+        DialogueReplay replay(dialogue);
+        QCOMPARE(replay.answer(answers), report.constLast() == "as expected" ? 0 : 1);
+        QStringList told = replay.report();
         QVERIFY(told.removeOne("Dialogue dialogue") && told.removeOne("expected received"));
         QCOMPARE(told, report);
-        QCOMPARE(complaintOf(desk.replay), QString());
+        QCOMPARE(replay.program.complaint(), QString());
         QStringList sent = told.filter(QRegularExpression("^>"));
         sent.replaceInStrings(QRegularExpression(" #.*"), "");
-        QCOMPARE(desk.frames, sent);
+        QCOMPARE(replay.frames, sent);
     }
 
     void theReportTellsWhenEachAnswerCame()
     {
-        Desk desk(homeAnswered);
-        desk.camera.nextFrame();
-        desk.camera.reply("90 41");
-        desk.camera.reply("ff");
+        DialogueReplay replay(homeAnswered);
+        replay.camera.nextFrame();
+        replay.camera.reply("90 41");
+        replay.camera.reply("ff");
         QTest::qWait(200);
-        desk.camera.reply("90 51 ff");
-        QCOMPARE(desk.replay.exitStatus(), 0);
-        const auto timeOf = [&desk](const QString& answer) {
+        replay.camera.reply("90 51 ff");
+        QCOMPARE(replay.program.exitStatus(), 0);
+        const auto timeOf = [&replay](const QString& answer) {
             static const QRegularExpression time(" (\\d+) ms$");
-            return time.match(desk.replay.lines("< " + answer).value(0)).captured(1).toInt();
+            return time.match(replay.program.lines("< " + answer).value(0)).captured(1).toInt();
         };
         QVERIFY(timeOf("90 51 FF") >= 200);
         QVERIFY(timeOf("90 41 FF") < timeOf("90 51 FF"));
@@ -195,13 +189,13 @@ private slots:
     void theNextFrameWaitsUntilTheLineIsQuiet()
     {
         const QByteArray asked = "> 81 09 04 00 FF\n< 90 50 02 FF\n";
-        Desk desk(asked + asked);
-        QCOMPARE(desk.camera.nextFrame(), QByteArray("81 09 04 00 ff"));
-        desk.camera.reply("90 50 02 ff");
+        DialogueReplay replay(asked + asked);
+        QCOMPARE(replay.camera.nextFrame(), QByteArray("81 09 04 00 ff"));
+        replay.camera.reply("90 50 02 ff");
         QElapsedTimer quiet;
         quiet.start();
-        desk.camera.reply("90");
-        QCOMPARE(desk.camera.nextFrame(), QByteArray("81 09 04 00 ff"));
+        replay.camera.reply("90");
+        QCOMPARE(replay.camera.nextFrame(), QByteArray("81 09 04 00 ff"));
         // The line must be quiet for 50 ms; the program rounds to whole milliseconds.
         QVERIFY(quiet.elapsed() >= 48);
     }
@@ -209,39 +203,39 @@ private slots:
     void aCameraThatNeverAnswersIsReportedOnce()
     {
         const QByteArray asked = "> 81 09 04 00 FF\n< 90 50 02 FF within 100 ms\n";
-        Desk desk(asked.repeated(9), {"--baud", "38400"});
-        QCOMPARE(desk.answer({}), 2);
-        QCOMPARE(complaintOf(desk.replay),
+        DialogueReplay replay(asked.repeated(9), {"--baud", "38400"});
+        QCOMPARE(replay.answer({}), 2);
+        QCOMPARE(replay.program.complaint(),
                  QString("vantrel-camera: no answer at %1: look at the port, the rate "
                          "(38400 baud, --baud sets another) and the camera's address\n")
-                     .arg(desk.camera.portName()));
-        QCOMPARE(desk.frames.size(), 2);
-        QVERIFY(!desk.report().join('\n').contains("differences"));
+                     .arg(replay.camera.portName()));
+        QCOMPARE(replay.frames.size(), 2);
+        QVERIFY(!replay.report().join('\n').contains("differences"));
     }
 
     void aPortThatIsLostEndsTheReplay()
     {
-        Desk desk("> 81 01 06 04 FF\n< 90 41 FF within 2 s\n");
-        QCOMPARE(desk.camera.nextFrame(), QByteArray("81 01 06 04 ff"));
-        desk.camera.pull();
-        QCOMPARE(desk.replay.exitStatus(), 2);
-        const QString complaint = complaintOf(desk.replay);
+        DialogueReplay replay("> 81 01 06 04 FF\n< 90 41 FF within 2 s\n");
+        QCOMPARE(replay.camera.nextFrame(), QByteArray(Home));
+        replay.camera.pull();
+        QCOMPARE(replay.program.exitStatus(), 2);
+        const QString complaint = replay.program.complaint();
         QVERIFY2(complaint.startsWith("vantrel-camera: the port is lost: "), qPrintable(complaint));
     }
 
     void anInterruptStopsWhatIsInMotion()
     {
-        Desk desk("> 81 01 06 01 18 01 02 03 FF\n< 90 51 FF\n> 81 01 06 04 FF\n< 90 41 FF\n< 90 51 FF within "
-                  "60 s\n");
-        desk.camera.nextFrame();
-        desk.camera.reply("90 51 ff");
-        desk.camera.nextFrame();
-        desk.camera.reply("90 41 ff");
-        QTRY_COMPARE(desk.replay.lines("< 90 41 FF").size(), 1);
-        QCOMPARE(kill(static_cast<pid_t>(desk.replay.process.processId()), SIGINT), 0);
-        QCOMPARE(desk.answer({}), 1);
-        QCOMPARE(complaintOf(desk.replay), QString("vantrel-camera: interrupted\n"));
-        QCOMPARE(desk.frames, QStringList({"> 81 21 FF", "> 81 01 06 01 01 01 03 03 FF"}));
+        DialogueReplay replay("> 81 01 06 01 18 01 02 03 FF\n< 90 51 FF\n"
+                              "> 81 01 06 04 FF\n< 90 41 FF\n< 90 51 FF within 60 s\n");
+        replay.camera.nextFrame();
+        replay.camera.reply("90 51 ff");
+        replay.camera.nextFrame();
+        replay.camera.reply("90 41 ff");
+        QTRY_COMPARE(replay.program.lines("< 90 41 FF").size(), 1);
+        QCOMPARE(kill(static_cast<pid_t>(replay.program.process.processId()), SIGINT), 0);
+        QCOMPARE(replay.answer({}), 1);
+        QCOMPARE(replay.program.complaint(), QString("vantrel-camera: interrupted\n"));
+        QCOMPARE(replay.frames, QStringList({"> 81 21 FF", "> 81 01 06 01 01 01 03 03 FF"}));
     }
 
     void thePortIsSetUpAsAsked_data()
@@ -256,13 +250,12 @@ private slots:
     {
         QFETCH(QStringList, options);
         QFETCH(unsigned, speed);
-        Desk desk("> 81 01 06 04 FF\n< 90 41 FF within 60 s\n", options);
-        QCOMPARE(desk.camera.nextFrame(), QByteArray("81 01 06 04 ff"));
+        DialogueReplay replay("> 81 01 06 04 FF\n< 90 41 FF within 60 s\n", options);
+        QCOMPARE(replay.camera.nextFrame(), QByteArray(Home));
 
         termios settings{};
-        const int line = open(QFile::encodeName(desk.camera.portName()).constData(), O_RDWR | O_NOCTTY);
-        QCOMPARE(tcgetattr(line, &settings), 0);
-        close(line);
+        const PlainClient other(replay.camera.portName());
+        QCOMPARE(tcgetattr(other.descriptor, &settings), 0);
         QCOMPARE(cfgetospeed(&settings), speed);
         QCOMPARE(settings.c_cflag & (CSIZE | PARENB | CSTOPB | CRTSCTS), tcflag_t(CS8));
         QCOMPARE(settings.c_iflag & (IXON | IXOFF), tcflag_t(0));
@@ -281,25 +274,24 @@ private slots:
     void repliesFromBeforeTheReplayAreDropped()
     {
         CameraEnd camera;
-        const int other = open(QFile::encodeName(camera.portName()).constData(), O_RDWR | O_NOCTTY);
+        const PlainClient other(camera.portName());
         camera.reply("90 38 ff");
         CameraProgram replay({"--replay", "maximum-speeds", camera.portName()});
         camera.nextFrame();
         camera.reply("90 50 18 14 ff");
         QCOMPARE(replay.exitStatus(), 0);
-        close(other);
     }
 
     void whatTheCameraKeepsIsChangedOnlyWhenAllowed()
     {
         const QByteArray dialogue = "changes preset 5\n> 81 01 04 3F 00 05 FF\n< 90 51 FF\n";
-        Desk refused(dialogue);
+        DialogueReplay refused(dialogue);
         QCOMPARE(refused.answer({"90 51 ff"}), 2);
-        QCOMPARE(complaintOf(refused.replay),
+        QCOMPARE(refused.program.complaint(),
                  QString("vantrel-camera: the dialogue dialogue changes preset 5; "
                          "--allow-changes holds it all the same\n"));
         QVERIFY(refused.report().isEmpty() && refused.frames.isEmpty());
-        QCOMPARE(Desk(dialogue, {"--allow-changes"}).answer({"90 51 ff"}), 0);
+        QCOMPARE(DialogueReplay(dialogue, {"--allow-changes"}).answer({"90 51 ff"}), 0);
     }
 
     void aBadDialogueIsAClearErrorWithItsLine_data()
@@ -341,10 +333,10 @@ private slots:
     {
         QFETCH(QByteArray, dialogue);
         QFETCH(QString, complaint);
-        Desk desk(dialogue);
-        QCOMPARE(desk.replay.exitStatus(), 2);
-        QCOMPARE(complaintOf(desk.replay), "vantrel-camera: " + desk.path + complaint + '\n');
-        QVERIFY(desk.report().isEmpty());
+        DialogueReplay replay(dialogue);
+        QCOMPARE(replay.program.exitStatus(), 2);
+        QCOMPARE(replay.program.complaint(), "vantrel-camera: " + replay.path + complaint + '\n');
+        QVERIFY(replay.report().isEmpty());
     }
 };
 

@@ -1,4 +1,5 @@
 #include "view/CameraView.h"
+#include "support/Frames.h"
 #include "support/PaintCounter.h"
 
 #include <QPaintEngine>
@@ -17,17 +18,6 @@ using namespace std::chrono_literals;
 
 namespace {
 
-const char* const driveUp = "81 01 06 01 05 05 03 01 ff";
-const char* const driveDown = "81 01 06 01 05 05 03 02 ff";
-const char* const driveLeft = "81 01 06 01 05 05 01 03 ff";
-const char* const driveRight = "81 01 06 01 05 05 02 03 ff";
-const char* const driveStop = "81 01 06 01 05 05 03 03 ff";
-const char* const zoomTele = "81 01 04 07 25 ff";
-const char* const zoomStop = "81 01 04 07 00 ff";
-const char* const home = "81 01 06 04 ff";
-const char* const store1 = "81 01 04 3f 01 01 ff";
-const char* const store12 = "81 01 04 3f 01 0c ff";
-
 constexpr QSize pictureSize(800, 450);
 const QColor amber(0xff, 0xb0, 0x2e);
 constexpr QChar degree(0xB0);
@@ -44,10 +34,10 @@ double tangent(double degrees)
 }
 
 // A camera with a clock that only the test moves, and its view.
-class Desk
+class ViewedCamera
 {
 public:
-    Desk()
+    ViewedCamera()
         : view([this]() -> const ViscaCamera& { return present(); })
     {
         view.resize(pictureSize);
@@ -71,7 +61,7 @@ public:
     // Stops the camera, waits until the window shows that, and takes its picture.
     QImage pictureAtRest()
     {
-        for (const char* const stop : {driveStop, zoomStop})
+        for (const char* const stop : {Stop, ZoomStop})
             carryOut(stop);
         if (!QTest::qWaitFor([this] { return !isAwake(); }))
             return {};
@@ -248,37 +238,26 @@ private slots:
         QTest::addColumn<QPointF>("homeAfterwards");
 
         // Speed 5 for 400 milliseconds: 5 degrees of tilt, 6.6 degrees of pan.
-        QTest::newRow("up") << QByteArray(driveUp) << QPointF(400, 225 + wideFocus * tangent(5));
-        QTest::newRow("down") << QByteArray(driveDown) << QPointF(400, 225 - wideFocus * tangent(5));
-        QTest::newRow("left") << QByteArray(driveLeft) << QPointF(400 + wideFocus * tangent(6.6), 225);
-        QTest::newRow("right") << QByteArray(driveRight) << QPointF(400 - wideFocus * tangent(6.6), 225);
+        QTest::newRow("up") << QByteArray(Up) << QPointF(400, 225 + wideFocus * tangent(5));
+        QTest::newRow("down") << QByteArray(Down) << QPointF(400, 225 - wideFocus * tangent(5));
+        QTest::newRow("left") << QByteArray(Left) << QPointF(400 + wideFocus * tangent(6.6), 225);
+        QTest::newRow("right") << QByteArray(Right) << QPointF(400 - wideFocus * tangent(6.6), 225);
     }
 
     void pressingADirectionMovesThePictureTheOtherWay()
     {
         QFETCH(QByteArray, command);
         QFETCH(QPointF, homeAfterwards);
-        Desk desk;
-        desk.carryOut(store1);
-        QVERIFY(hasMarkAt(desk.pictureAtRest(), {400, 225}));
+        ViewedCamera viewed;
+        viewed.carryOut(setPreset(1));
+        QVERIFY(hasMarkAt(viewed.pictureAtRest(), {400, 225}));
 
-        desk.send(command);
-        desk.now += 400ms;
-        desk.carryOut(driveStop);
-        const QImage picture = desk.pictureAtRest();
+        viewed.send(command);
+        viewed.now += 400ms;
+        viewed.carryOut(Stop);
+        const QImage picture = viewed.pictureAtRest();
         QVERIFY(!hasMarkAt(picture, {400, 225}));
         QVERIFY(hasMarkAt(picture, homeAfterwards));
-    }
-
-    void zoomingInSpreadsThePicture()
-    {
-        Desk desk;
-        desk.carryOut(store1);
-        // Three degrees to the right, and half way to tele.
-        desk.carryOut("81 01 06 02 18 14 00 00 02 08 00 00 00 00 ff", 1s);
-        QVERIFY(hasMarkAt(desk.pictureAtRest(), {400 - wideFocus * tangent(3), 225}));
-        desk.carryOut("81 01 04 47 02 00 00 00 ff", 5s);
-        QVERIFY(hasMarkAt(desk.pictureAtRest(), {400 - std::sqrt(20) * wideFocus * tangent(3), 225}));
     }
 
     void mirrorAndFlipTurnTheView_data()
@@ -294,18 +273,18 @@ private slots:
     {
         QFETCH(bool, mirrored);
         QFETCH(bool, flipped);
-        Desk desk;
-        desk.carryOut(store1);
+        ViewedCamera viewed;
+        viewed.carryOut(setPreset(1));
         // Home is 13.2 degrees to the left and 10 degrees below.
-        desk.carryOut("81 01 06 02 18 14 00 00 0b 00 00 00 08 05 ff", 1s);
-        const auto homePoint = Projection(desk.camera.position(), pictureSize).pointAt(0, 0);
+        viewed.carryOut("81 01 06 02 18 14 00 00 0b 00 00 00 08 05 ff", 1s);
+        const auto homePoint = Projection(viewed.camera.position(), pictureSize).pointAt(0, 0);
         QVERIFY(homePoint && homePoint->x() < 400 && homePoint->y() > 225);
-        const QImage usual = desk.pictureAtRest();
+        const QImage usual = viewed.pictureAtRest();
         QVERIFY(hasMarkAt(usual, *homePoint));
 
-        desk.carryOut(mirrored ? "81 01 04 61 02 ff" : "81 01 04 61 03 ff");
-        desk.carryOut(flipped ? "81 01 04 66 02 ff" : "81 01 04 66 03 ff");
-        const QImage turned = desk.pictureAtRest();
+        viewed.carryOut(mirrored ? "81 01 04 61 02 ff" : "81 01 04 61 03 ff");
+        viewed.carryOut(flipped ? "81 01 04 66 02 ff" : "81 01 04 66 03 ff");
+        const QImage turned = viewed.pictureAtRest();
         QVERIFY(!hasMarkAt(turned, *homePoint));
         QVERIFY(hasMarkAt(turned, {mirrored ? 800 - homePoint->x() : homePoint->x(),
                                    flipped ? 450 - homePoint->y() : homePoint->y()}));
@@ -317,31 +296,31 @@ private slots:
 
     void theViewIsDarkInStandby()
     {
-        Desk desk;
-        desk.carryOut(store1);
-        const QImage bright = desk.pictureAtRest();
-        desk.carryOut("81 01 04 00 03 ff");
-        const QImage dark = desk.pictureAtRest();
+        ViewedCamera viewed;
+        viewed.carryOut(setPreset(1));
+        const QImage bright = viewed.pictureAtRest();
+        viewed.carryOut("81 01 04 00 03 ff");
+        const QImage dark = viewed.pictureAtRest();
         // Between the panels there is nothing: no scene, no ruler, no mark.
         const QRect between(0, 140, 800, 215);
         QImage black(between.size(), dark.format());
         black.fill(Qt::black);
         QCOMPARE(dark.copy(between), black);
-        QCOMPARE(desk.view.texts().reply, "not executable now, socket 1");
+        QCOMPARE(viewed.view.texts().reply, "not executable now, socket 1");
 
-        desk.carryOut("81 01 04 00 02 ff");
-        QCOMPARE(desk.pictureAtRest().copy(between), bright.copy(between));
+        viewed.carryOut("81 01 04 00 02 ff");
+        QCOMPARE(viewed.pictureAtRest().copy(between), bright.copy(between));
     }
 
     void onlyTheProtocolCoversThePictureAfterTheFirstCommand()
     {
-        Desk desk;
-        const QImage before = desk.view.grab().toImage().convertToFormat(QImage::Format_RGB32);
+        ViewedCamera viewed;
+        const QImage before = viewed.view.grab().toImage().convertToFormat(QImage::Format_RGB32);
         // Right of the one ruler and below the other, the position and the map.
         const QRect free(40, 110, 760, 340);
         QCOMPARE(before.copy(free), hallFrom({0, 0, 0}).copy(free));
 
-        const QImage after = desk.pictureAtRest().convertToFormat(QImage::Format_RGB32);
+        const QImage after = viewed.pictureAtRest().convertToFormat(QImage::Format_RGB32);
         const QRect protocol(0, 360, 500, 90);
         const QRect middle(0, 100, 800, 255);
         QVERIFY(after.copy(protocol) != before.copy(protocol));
@@ -354,7 +333,7 @@ private slots:
         QTest::addColumn<QString>("mark");
         QTest::addColumn<QPointF>("place");
 
-        const QByteArray atHome(home);
+        const QByteArray atHome(Home);
         // Pan 15 degrees, tilt 30 degrees.
         const QByteArray aside("81 01 06 02 18 14 00 00 0c 08 00 01 09 00 ff");
         const double left = 17;
@@ -369,6 +348,9 @@ private slots:
         QTest::newRow("beside the middle")
             << aside << "20"
             << QPointF(400 + wideFocus * tangent(5) * std::cos(qDegreesToRadians(30.0)), top);
+        // Half way to tele.
+        QTest::newRow("zoomed in") << QByteArray("81 01 04 47 02 00 00 00 ff") << "3"
+                                   << QPointF(400 + std::sqrt(20) * wideFocus * tangent(3), top);
     }
 
     void theRulersTellWhatIsInTheMiddle()
@@ -376,58 +358,58 @@ private slots:
         QFETCH(QByteArray, command);
         QFETCH(QString, mark);
         QFETCH(QPointF, place);
-        Desk desk;
-        desk.carryOut(command, 20s);
-        desk.pictureAtRest();
-        QVERIFY(TextRecorder(desk.view).hasAround(place, mark + degree));
+        ViewedCamera viewed;
+        viewed.carryOut(command, 20s);
+        viewed.pictureAtRest();
+        QVERIFY(TextRecorder(viewed.view).hasAround(place, mark + degree));
     }
 
     void presetsAtOnePlaceShareAMark()
     {
-        Desk desk;
-        desk.carryOut(store1);
-        desk.carryOut(store12);
-        desk.carryOut(driveRight, 1s);
-        desk.carryOut(driveStop);
-        desk.carryOut("81 01 04 3f 01 02 ff");
-        desk.pictureAtRest();
+        ViewedCamera viewed;
+        viewed.carryOut(setPreset(1));
+        viewed.carryOut(setPreset(12));
+        viewed.carryOut(Right, 1s);
+        viewed.carryOut(Stop);
+        viewed.carryOut(setPreset(2));
+        viewed.pictureAtRest();
 
-        const TextRecorder recorder(desk.view);
-        const auto homePoint = Projection(desk.camera.position(), pictureSize).pointAt(0, 0);
+        const TextRecorder recorder(viewed.view);
+        const auto homePoint = Projection(viewed.camera.position(), pictureSize).pointAt(0, 0);
         QVERIFY(homePoint && recorder.hasAround(*homePoint, "1 12"));
         QVERIFY(recorder.hasAround({400, 225}, "2"));
     }
 
     void storedPresetsAreListed()
     {
-        Desk desk;
-        const auto listedAfter = [&desk](const char* command) {
-            desk.carryOut(command);
-            desk.pictureAtRest();
-            return desk.view.texts().presets;
+        ViewedCamera viewed;
+        const auto listedAfter = [&viewed](const QByteArray& command) {
+            viewed.carryOut(command);
+            viewed.pictureAtRest();
+            return viewed.view.texts().presets;
         };
-        QCOMPARE(desk.view.texts().presets, QString());
-        QCOMPARE(listedAfter(store12), "12");
-        QCOMPARE(listedAfter(store1), "1 12");
-        QCOMPARE(listedAfter("81 01 04 3f 00 01 ff"), "12");
+        QCOMPARE(viewed.view.texts().presets, QString());
+        QCOMPARE(listedAfter(setPreset(254)), "254");
+        QCOMPARE(listedAfter(setPreset(0)), "0 254");
+        QCOMPARE(listedAfter("81 01 04 3f 00 00 ff"), "254");
     }
 
     void aLongListOfPresetsIsShownWhole()
     {
-        Desk desk;
-        desk.view.resize(desk.view.minimumSize());
+        ViewedCamera viewed;
+        viewed.view.resize(viewed.view.minimumSize());
         QString list = "Presets:";
         for (int preset = 1; preset <= 64; ++preset) {
-            desk.carryOut("81 01 04 3f 01 " + QByteArray::number(preset, 16).rightJustified(2, '0') + " ff");
+            viewed.carryOut(setPreset(preset));
             list += QString(" %1").arg(preset);
         }
-        desk.pictureAtRest();
+        viewed.pictureAtRest();
 
-        const TextRecorder recorder(desk.view);
+        const TextRecorder recorder(viewed.view);
         QStringList lines;
         for (const auto& [text, area] : recorder.texts) {
-            QVERIFY2(QRectF(desk.view.rect()).contains(area), qPrintable(text));
-            if (area.left() > desk.view.mapPointAt(-Mechanics::panLimit, 0).x() - 1)
+            QVERIFY2(QRectF(viewed.view.rect()).contains(area), qPrintable(text));
+            if (area.left() > viewed.view.mapPointAt(-Mechanics::panLimit, 0).x() - 1)
                 lines += text.trimmed();
         }
         QVERIFY2(lines.join(' ').contains(list), qPrintable(lines.join(' ')));
@@ -435,20 +417,20 @@ private slots:
 
     void lastCommandAndItsReplyAreShown()
     {
-        Desk desk;
-        const auto shown = [&desk] {
-            const CameraView::Texts texts = desk.view.texts();
+        ViewedCamera viewed;
+        const auto shown = [&viewed] {
+            const CameraView::Texts texts = viewed.view.texts();
             return QStringList({texts.command, texts.commandBytes, texts.reply, texts.replyBytes});
         };
         const QStringList up{"drive up, speeds 5 and 5", "81 01 06 01 05 05 03 01 FF"};
         QCOMPARE(shown(), QStringList({"", "", "", ""}));
-        desk.send(driveUp);
+        viewed.send(Up);
         QCOMPARE(shown(), up + QStringList({"", ""}));
-        desk.now += untilAction;
+        viewed.now += untilAction;
         QTRY_COMPARE(shown(), up + QStringList({"ACK, socket 1", "90 41 FF"}));
-        desk.now += 11ms;
+        viewed.now += 11ms;
         QTRY_COMPARE(shown(), up + QStringList({"completion, socket 1", "90 51 FF"}));
-        desk.send("12 34");
+        viewed.send("12 34");
         QCOMPARE(shown(), QStringList({"no frame, ignored", "12 34", "", ""}));
     }
 
@@ -458,7 +440,7 @@ private slots:
         QTest::addColumn<QByteArray>("command");
         for (const bool isSmallest : {true, false}) {
             const char* const size = isSmallest ? "as small as it goes" : "as it opens";
-            QTest::addRow("at home, %s", size) << isSmallest << QByteArray(home);
+            QTest::addRow("at home, %s", size) << isSmallest << QByteArray(Home);
             QTest::addRow("in a corner, %s", size)
                 << isSmallest << QByteArray("81 01 06 02 18 14 0F 06 03 01 0F 0B 02 00 FF");
         }
@@ -468,25 +450,25 @@ private slots:
     {
         QFETCH(bool, isSmallest);
         QFETCH(QByteArray, command);
-        Desk desk;
-        desk.view.resize(isSmallest ? desk.view.minimumSize() : desk.view.sizeHint());
-        desk.carryOut(command, 20s);
-        desk.pictureAtRest();
-        desk.send(command);
+        ViewedCamera viewed;
+        viewed.view.resize(isSmallest ? viewed.view.minimumSize() : viewed.view.sizeHint());
+        viewed.carryOut(command, 20s);
+        viewed.pictureAtRest();
+        viewed.send(command);
 
-        const TextRecorder recorder(desk.view);
+        const TextRecorder recorder(viewed.view);
         QVERIFY(recorder.texts.size() > 10);
         for (const auto& [text, area] : recorder.texts) {
-            QVERIFY2(QRectF(desk.view.rect()).contains(area), qPrintable(text));
+            QVERIFY2(QRectF(viewed.view.rect()).contains(area), qPrintable(text));
             QVERIFY2(!text.contains(QChar(0x2026)), qPrintable(text));
         }
     }
 
     void thePositionIsAmberWhileItChanges()
     {
-        Desk desk;
-        const auto isAmber = [&desk] {
-            const QImage panel = desk.view.grab({48, 30, 280, 44}).toImage();
+        ViewedCamera viewed;
+        const auto isAmber = [&viewed] {
+            const QImage panel = viewed.view.grab({48, 30, 280, 44}).toImage();
             for (int pixel = 0; pixel < panel.width() * panel.height(); ++pixel) {
                 if (panel.pixelColor(pixel % panel.width(), pixel / panel.width()) == amber)
                     return true;
@@ -494,100 +476,100 @@ private slots:
             return false;
         };
         QVERIFY(!isAmber());
-        desk.carryOut(driveUp);
+        viewed.carryOut(Up);
         QTRY_VERIFY(isAmber());
-        desk.pictureAtRest();
+        viewed.pictureAtRest();
         QVERIFY(!isAmber());
     }
 
     void panTiltAndZoomAreShown()
     {
-        Desk desk;
-        const auto shown = [&desk] {
-            const CameraView::Texts texts = desk.view.texts();
+        ViewedCamera viewed;
+        const auto shown = [&viewed] {
+            const CameraView::Texts texts = viewed.view.texts();
             return QStringList({texts.pan, texts.tilt, texts.zoom})
                 .join(' ')
                 .remove(degree)
                 .remove(QChar(0xD7));
         };
         QCOMPARE(shown(), "0.0 0.0 1.0 0000");
-        QVERIFY(desk.view.texts().pan.endsWith(degree) && desk.view.texts().tilt.endsWith(degree));
-        desk.send(driveLeft);
-        desk.now += untilAction + 1s;
+        QVERIFY(viewed.view.texts().pan.endsWith(degree) && viewed.view.texts().tilt.endsWith(degree));
+        viewed.send(Left);
+        viewed.now += untilAction + 1s;
         QTRY_COMPARE(shown(), "-16.7 0.0 1.0 0000");
-        desk.send(driveUp);
-        desk.now += untilAction + 1s;
+        viewed.send(Up);
+        viewed.now += untilAction + 1s;
         QTRY_COMPARE(shown(), "-17.1 +12.5 1.0 0000");
-        desk.send(zoomTele);
-        desk.now += 60s;
+        viewed.send(ZoomIn);
+        viewed.now += 60s;
         QTRY_COMPARE(shown(), "-17.1 +90.0 20.0 4000");
     }
 
     void theMapShowsTheWholeRange()
     {
-        const Desk desk;
-        const QPointF upperLeft = desk.view.mapPointAt(-Mechanics::panLimit, Mechanics::tiltHighLimit);
-        const QPointF lowerRight = desk.view.mapPointAt(Mechanics::panLimit, Mechanics::tiltLowLimit);
+        const ViewedCamera viewed;
+        const QPointF upperLeft = viewed.view.mapPointAt(-Mechanics::panLimit, Mechanics::tiltHighLimit);
+        const QPointF lowerRight = viewed.view.mapPointAt(Mechanics::panLimit, Mechanics::tiltLowLimit);
         const QRectF upperRightQuarter(400, 0, 400, 225);
         QVERIFY(upperRightQuarter.contains(upperLeft) && upperRightQuarter.contains(lowerRight));
         QVERIFY(upperLeft.x() < lowerRight.x() && upperLeft.y() < lowerRight.y());
-        QCOMPARE(desk.view.mapPointAt(0, 0),
+        QCOMPARE(viewed.view.mapPointAt(0, 0),
                  QPointF((upperLeft.x() + lowerRight.x()) / 2,
                          upperLeft.y() + (lowerRight.y() - upperLeft.y()) * 3 / 4));
     }
 
     void theMapShowsWhereTheCameraPoints()
     {
-        Desk desk;
-        const QPoint straightAhead = desk.view.mapPointAt(0, 0).toPoint();
-        QCOMPARE(desk.pictureAtRest().pixelColor(straightAhead), amber);
+        ViewedCamera viewed;
+        const QPoint straightAhead = viewed.view.mapPointAt(0, 0).toPoint();
+        QCOMPARE(viewed.pictureAtRest().pixelColor(straightAhead), amber);
 
-        desk.carryOut(driveRight, 4s);
-        const QImage picture = desk.pictureAtRest();
-        const ViscaCamera::Position there = desk.camera.position();
+        viewed.carryOut(Right, 4s);
+        const QImage picture = viewed.pictureAtRest();
+        const ViscaCamera::Position there = viewed.camera.position();
         QVERIFY(there.pan > 60);
-        QCOMPARE(picture.pixelColor(desk.view.mapPointAt(there.pan, there.tilt).toPoint()), amber);
+        QCOMPARE(picture.pixelColor(viewed.view.mapPointAt(there.pan, there.tilt).toPoint()), amber);
         QVERIFY(picture.pixelColor(straightAhead) != amber);
     }
 
     void nothingIsDrawnWhileTheCameraStandsStill()
     {
-        Desk desk;
-        QVERIFY(QTest::qWaitForWindowExposed(&desk.view));
-        QVERIFY(!desk.isAwake());
+        ViewedCamera viewed;
+        QVERIFY(QTest::qWaitForWindowExposed(&viewed.view));
+        QVERIFY(!viewed.isAwake());
 
         // A command that moves nothing is shown once.
-        desk.carryOut(store1);
-        QTRY_VERIFY(!desk.isAwake());
-        PaintCounter paints(&desk.view);
+        viewed.carryOut(setPreset(1));
+        QTRY_VERIFY(!viewed.isAwake());
+        PaintCounter paints(&viewed.view);
         QCoreApplication::processEvents();
         paints.count = 0;
-        desk.now += 10s;
+        viewed.now += 10s;
         QCoreApplication::processEvents();
         QCOMPARE(paints.count, 0);
     }
 
     void itDrawsOnlyWhileTheCameraMoves()
     {
-        Desk desk;
-        QVERIFY(QTest::qWaitForWindowExposed(&desk.view));
-        PaintCounter paints(&desk.view);
-        desk.carryOut(driveUp);
+        ViewedCamera viewed;
+        QVERIFY(QTest::qWaitForWindowExposed(&viewed.view));
+        PaintCounter paints(&viewed.view);
+        viewed.carryOut(Up);
         QTRY_VERIFY(paints.count >= 10);
-        QVERIFY(desk.isAwake());
-        desk.carryOut(driveStop);
-        QTRY_VERIFY(!desk.isAwake());
-        QVERIFY(!desk.camera.isMoving());
+        QVERIFY(viewed.isAwake());
+        viewed.carryOut(Stop);
+        QTRY_VERIFY(!viewed.isAwake());
+        QVERIFY(!viewed.camera.isMoving());
     }
 
     void itDrawsNoMoreAtTheEndOfTheRange()
     {
-        Desk desk;
-        desk.carryOut(driveUp);
-        QVERIFY(desk.camera.isMoving());
-        desk.now += 60s;
-        QTRY_VERIFY(!desk.isAwake());
-        QCOMPARE(desk.view.texts().tilt, QString("+90.0") + degree);
+        ViewedCamera viewed;
+        viewed.carryOut(Up);
+        QVERIFY(viewed.camera.isMoving());
+        viewed.now += 60s;
+        QTRY_VERIFY(!viewed.isAwake());
+        QCOMPARE(viewed.view.texts().tilt, QString("+90.0") + degree);
     }
 
     void withoutADisplayOnlyAViewIsAnError()

@@ -4,6 +4,7 @@
 #include "Conversation.h"
 #include "FramePattern.h"
 #include "ViscaCamera.h"
+#include "support/Frames.h"
 
 #include <QDir>
 #include <QtTest>
@@ -48,8 +49,8 @@ public:
     // The answers to all inquiries, and the ends of pan and tilt.
     QList<QByteArray> state()
     {
-        QList<QByteArray> answers{ask(QByteArray::fromHex("81 09 06 12 ff"))};
-        answers += ask(QByteArray::fromHex("81 01 06 04 ff"), 10s);
+        QList<QByteArray> answers{ask(QByteArray::fromHex(PositionInquiry))};
+        answers += ask(QByteArray::fromHex(Home), 10s);
         for (const ViscaCamera::KnownFrame& known : ViscaCamera::knownFrames()) {
             const int blocks = !known.name.endsWith("inquiry") ? 0 : known.frame.contains('p') ? 4 : 1;
             for (int block = 0; block < blocks; ++block)
@@ -57,10 +58,10 @@ public:
         }
         for (const char* const way : {"02 01", "01 02"}) {
             ask(QByteArray::fromHex("81 01 06 01 18 14 " + QByteArray(way) + " ff"), 10s);
-            answers += ask(QByteArray::fromHex("81 09 06 12 ff"));
+            answers += ask(QByteArray::fromHex(PositionInquiry));
         }
         ask(QByteArray::fromHex("81 01 06 01 18 14 03 03 ff"));
-        ask(QByteArray::fromHex("81 01 06 04 ff"), 10s);
+        ask(QByteArray::fromHex(Home), 10s);
         return answers;
     }
 

@@ -1,11 +1,11 @@
 #include "PseudoTerminal.h"
+#include "support/PlainClient.h"
 
 #include <QDeadlineTimer>
 #include <QProcess>
 #include <QSerialPort>
 #include <QtTest>
 
-#include <array>
 #include <cerrno>
 #include <csignal>
 #include <optional>
@@ -33,52 +33,6 @@ bool isReadable(int descriptor)
     pollfd request{descriptor, POLLIN, 0};
     return poll(&request, 1, 0) == 1;
 }
-
-// A program that opens the line without setting it up, as a shell's redirection does.
-class PlainClient
-{
-public:
-    explicit PlainClient(const QString& path)
-        : descriptor(open(QFile::encodeName(path).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK))
-    {
-    }
-
-    ~PlainClient() { close(descriptor); }
-
-    PlainClient(const PlainClient&) = delete;
-    PlainClient& operator=(const PlainClient&) = delete;
-
-    // Returns how many bytes the line took.
-    int send(const QByteArray& bytes)
-    {
-        const ssize_t size = write(descriptor, bytes.constData(), static_cast<std::size_t>(bytes.size()));
-        return size < 0 ? 0 : static_cast<int>(size);
-    }
-
-    // All bytes received so far.
-    QByteArray received()
-    {
-        std::array<char, 4096> buffer;
-        for (;;) {
-            const ssize_t size = read(descriptor, buffer.data(), buffer.size());
-            if (size <= 0)
-                return all;
-            all.append(buffer.data(), static_cast<int>(size));
-        }
-    }
-
-    // Waits up to five seconds for the hang-up.
-    bool isHungUp() const
-    {
-        pollfd request{descriptor, POLLIN, 0};
-        return poll(&request, 1, 5000) == 1 && (request.revents & POLLHUP) != 0;
-    }
-
-    const int descriptor;
-
-private:
-    QByteArray all;
-};
 
 // Runs `work` in a process of an ordinary user, who cannot open an exclusive terminal as root can. Its result
 // is the exit status.
@@ -271,7 +225,7 @@ private slots:
         PlainClient client(terminal.path());
         terminal.hangUp();
 
-        QVERIFY(client.isHungUp());
+        QTRY_VERIFY(client.isHungUp());
         char byte = 0;
         QCOMPARE(read(client.descriptor, &byte, 1), ssize_t(0));
         termios settings{};
@@ -299,7 +253,7 @@ private slots:
         std::optional<PseudoTerminal> terminal(std::in_place);
         PlainClient client(terminal->path());
         terminal.reset();
-        QVERIFY(client.isHungUp());
+        QTRY_VERIFY(client.isHungUp());
     }
 
     void aChildProcessDoesNotKeepTheLineUp()
@@ -311,7 +265,7 @@ private slots:
         QVERIFY(child.waitForStarted());
 
         terminal.hangUp();
-        QVERIFY(client.isHungUp());
+        QTRY_VERIFY(client.isHungUp());
 
         child.closeWriteChannel();
         QVERIFY(child.waitForFinished());

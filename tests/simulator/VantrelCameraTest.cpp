@@ -1,69 +1,23 @@
 #include "ViscaCamera.h"
 #include "support/CameraProgram.h"
+#include "support/Frames.h"
+#include "support/PlainClient.h"
+#include "support/PrivateProfile.h"
 
 #include <QFileInfo>
 #include <QTemporaryDir>
 #include <QtTest>
 
 #include <algorithm>
-#include <array>
 #include <csignal>
-
-#include <fcntl.h>
-#include <poll.h>
-#include <unistd.h>
 
 namespace {
 
-const char* const driveUp = "81 01 06 01 05 05 03 01 ff";
 const char* const driveUpLine = "<- 81 01 06 01 05 05 03 01 FF  drive up, speeds 5 and 5";
 const char* const networkChangeLine = "-> 90 38 FF  network change";
 const char* const ackLine = "-> 90 41 FF  ACK, socket 1";
 const char* const completionLine = "-> 90 51 FF  completion, socket 1";
 const char* const ackAndCompletion = "90 41 ff 90 51 ff";
-
-// A controller with the line open.
-class Controller
-{
-public:
-    explicit Controller(const QString& path)
-        : descriptor(open(QFile::encodeName(path).constData(), O_RDWR | O_NOCTTY | O_NONBLOCK))
-    {
-    }
-
-    ~Controller() { close(descriptor); }
-
-    Controller(const Controller&) = delete;
-    Controller& operator=(const Controller&) = delete;
-
-    void send(const QByteArray& hex)
-    {
-        const QByteArray bytes = QByteArray::fromHex(hex);
-        QCOMPARE(write(descriptor, bytes.constData(), static_cast<std::size_t>(bytes.size())), bytes.size());
-    }
-
-    // All bytes received so far, in hexadecimal.
-    QByteArray received()
-    {
-        std::array<char, 4096> buffer;
-        for (;;) {
-            const ssize_t size = read(descriptor, buffer.data(), buffer.size());
-            if (size <= 0)
-                return all.toHex(' ');
-            all.append(buffer.data(), static_cast<int>(size));
-        }
-    }
-
-    bool isHungUp() const
-    {
-        pollfd request{descriptor, POLLIN, 0};
-        return poll(&request, 1, 0) == 1 && (request.revents & POLLHUP) != 0;
-    }
-
-private:
-    const int descriptor;
-    QByteArray all;
-};
 
 // A camera with a link, in a folder of its own.
 struct LinkedCamera
@@ -103,9 +57,9 @@ private slots:
         QFETCH(QStringList, options);
         CameraProgram camera(options);
         QTRY_COMPARE(camera.lines(), QStringList({"Camera at " + camera.path(), networkChangeLine}));
-        Controller controller(camera.path());
-        controller.send(QByteArray("12 34 ff") + driveUp + "ff 90");
-        QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
+        PlainClient controller(camera.path());
+        controller.sendHex(QByteArray("12 34 ff") + Up + "ff 90");
+        QTRY_COMPARE(controller.receivedHex(), QByteArray(ackAndCompletion));
         QTRY_COMPARE(camera.lines().mid(2),
                      QStringList({"<- 12 34 FF  no frame, ignored", driveUpLine,
                                   "<- FF 90  no frame, ignored", ackLine, completionLine}));
@@ -114,7 +68,7 @@ private slots:
     void printsAnUnfinishedFrame()
     {
         CameraProgram camera;
-        Controller(camera.path()).send("81 01 06 04");
+        PlainClient(camera.path()).sendHex("81 01 06 04");
         QTRY_COMPARE(camera.lines("<-"), QStringList("<- 81 01 06 04  unfinished frame, forgotten"));
     }
 
@@ -127,13 +81,13 @@ private slots:
         const auto row = [](const QStringList& options, const QByteArray& sent, const QByteArray& received) {
             QTest::newRow(qPrintable(options.join(' '))) << options << sent << received;
         };
-        row({"--strict"}, driveUp + QByteArray("81 01 06 04 ff"), "90 41 ff 90 51 ff 90 61 41 ff");
+        row({"--strict"}, QByteArray(Up) + Home, "90 41 ff 90 51 ff 90 61 41 ff");
         row({"--standby"}, "81 09 04 00 ff", "90 50 03 ff");
         row({"--address", "7"}, "81 09 04 00 ff 87 09 04 00 ff", "f0 50 02 ff");
         row({"--presets", "6"},
             "81 01 04 3f 00 06 ff 81 01 04 3f 01 06 ff 81 01 04 3f 02 06 ff 81 01 04 3f 01 05 ff",
             "90 60 02 ff 90 60 02 ff 90 60 02 ff 90 41 ff 90 51 ff");
-        row({"--split"}, driveUp, ackAndCompletion);
+        row({"--split"}, Up, ackAndCompletion);
     }
 
     void anOptionChangesTheAnswers()
@@ -142,9 +96,9 @@ private slots:
         QFETCH(QByteArray, sent);
         QFETCH(QByteArray, received);
         CameraProgram camera(options);
-        Controller controller(camera.path());
-        controller.send(sent);
-        QTRY_COMPARE(controller.received(), received);
+        PlainClient controller(camera.path());
+        controller.sendHex(sent);
+        QTRY_COMPARE(controller.receivedHex(), received);
         if (options.contains("--split"))
             QTRY_COMPARE(camera.lines(">>"),
                          QStringList({">> 90", ">> 41", ">> FF", ">> 90", ">> 51", ">> FF"}));
@@ -153,8 +107,8 @@ private slots:
     void noRepliesIsSilent()
     {
         CameraProgram camera({"--no-replies"});
-        Controller controller(camera.path());
-        controller.send(driveUp);
+        PlainClient controller(camera.path());
+        controller.sendHex(Up);
         QTRY_COMPARE(camera.lines().mid(2), QStringList({driveUpLine, ackLine, completionLine}));
         QVERIFY(controller.received().isEmpty());
     }
@@ -162,54 +116,37 @@ private slots:
     void lateRepliesAreLate()
     {
         CameraProgram camera({"--late", "200"});
-        Controller controller(camera.path());
+        PlainClient controller(camera.path());
         QElapsedTimer clock;
         clock.start();
-        controller.send(driveUp);
-        QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
+        controller.sendHex(Up);
+        QTRY_COMPARE(controller.receivedHex(), QByteArray(ackAndCompletion));
         QVERIFY(clock.elapsed() >= 200);
-    }
-
-    void reallyMoves()
-    {
-        CameraProgram camera;
-        Controller controller(camera.path());
-        controller.send("81 01 06 01 18 14 02 03 ff");
-        const auto panIsRight = [&] {
-            controller.send("81 09 06 12 ff");
-            const QStringList told = camera.lines("-> 90 50 ");
-            return !told.isEmpty() && !told.last().contains("pan 0.0,") && told.last().contains("tilt 0.0 ");
-        };
-        QTRY_VERIFY(panIsRight());
-
-        controller.send("81 01 06 04 ff");
-        QTRY_COMPARE(camera.lines("-> 90 51 FF").size(), 2);
-        controller.send("81 09 06 12 ff");
-        QTRY_VERIFY(camera.lines().constLast().endsWith("pan 0.0, tilt 0.0 degrees"));
     }
 
     void linkLeadsToTheCamera()
     {
-        LinkedCamera desk;
-        QTRY_COMPARE(desk.camera.lines().mid(1), QStringList({"Link at " + desk.link, networkChangeLine}));
-        QCOMPARE(QFileInfo(desk.link).symLinkTarget(), desk.camera.path());
-        Controller controller(desk.link);
-        controller.send(driveUp);
-        QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion));
+        LinkedCamera linked;
+        QTRY_COMPARE(linked.camera.lines().mid(1),
+                     QStringList({"Link at " + linked.link, networkChangeLine}));
+        QCOMPARE(QFileInfo(linked.link).symLinkTarget(), linked.camera.path());
+        PlainClient controller(linked.link);
+        controller.sendHex(Up);
+        QTRY_COMPARE(controller.receivedHex(), QByteArray(ackAndCompletion));
     }
 
     void linkReplacesOneThatIsStale()
     {
-        LinkedCamera desk;
-        QTRY_COMPARE(desk.camera.lines().size(), 3);
-        desk.camera.process.kill();
-        QCOMPARE(desk.camera.exitStatus(), -1);
-        QVERIFY2(QFileInfo(desk.link).isSymLink(), "a killed camera leaves its link behind");
+        LinkedCamera linked;
+        QTRY_COMPARE(linked.camera.lines().size(), 3);
+        linked.camera.process.kill();
+        QCOMPARE(linked.camera.exitStatus(), -1);
+        QVERIFY2(QFileInfo(linked.link).isSymLink(), "a killed camera leaves its link behind");
 
-        CameraProgram next({"--link", desk.link});
+        CameraProgram next({"--link", linked.link});
         QTRY_COMPARE(next.lines().size(), 3);
-        QCOMPARE(QFileInfo(desk.link).symLinkTarget(), next.path());
-        QCOMPARE(desk.entries(), QStringList("camera"));
+        QCOMPARE(QFileInfo(linked.link).symLinkTarget(), next.path());
+        QCOMPARE(linked.entries(), QStringList("camera"));
     }
 
     void linkReplacesNothingElse_data()
@@ -223,22 +160,20 @@ private slots:
     {
         QFETCH(QString, kind);
         const QTemporaryDir folder;
-        QFile file(folder.filePath("file"));
-        QVERIFY(file.open(QIODevice::WriteOnly) && file.write("kept") == 4);
-        file.close();
+        const QString file = folder.filePath("file");
+        writeFile(file, "kept");
         QVERIFY(QDir(folder.path()).mkdir("folder"));
-        QVERIFY(QFile::link(file.fileName(), folder.filePath("link to a file")));
+        QVERIFY(QFile::link(file, folder.filePath("link to a file")));
         QVERIFY(QFile::link(folder.filePath("gone"), folder.filePath("dangling link")));
         const QStringList before = QDir(folder.path()).entryList(QDir::AllEntries | QDir::System);
 
         CameraProgram camera({"--link", folder.filePath(kind)});
         QCOMPARE(camera.exitStatus(), 2);
-        const QString complaint = QString::fromLocal8Bit(camera.process.readAllStandardError());
+        const QString complaint = camera.complaint();
         QVERIFY2(complaint.contains(folder.filePath(kind)), qPrintable(complaint));
         QVERIFY(camera.lines().isEmpty());
         QCOMPARE(QDir(folder.path()).entryList(QDir::AllEntries | QDir::System), before);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), QByteArray("kept"));
+        QCOMPARE(fileContent(file), QByteArray("kept"));
     }
 
     void linkGoesAwayAtTheEnd_data()
@@ -252,12 +187,12 @@ private slots:
     void linkGoesAwayAtTheEnd()
     {
         QFETCH(int, signal);
-        LinkedCamera desk;
-        QTRY_COMPARE(desk.camera.lines().size(), 3);
-        QCOMPARE(kill(static_cast<pid_t>(desk.camera.process.processId()), signal), 0);
-        QCOMPARE(desk.camera.exitStatus(), 0);
-        QCOMPARE(desk.entries(), QStringList());
-        QVERIFY(desk.camera.process.readAllStandardError().isEmpty());
+        LinkedCamera linked;
+        QTRY_COMPARE(linked.camera.lines().size(), 3);
+        QCOMPARE(kill(static_cast<pid_t>(linked.camera.process.processId()), signal), 0);
+        QCOMPARE(linked.camera.exitStatus(), 0);
+        QCOMPARE(linked.entries(), QStringList());
+        QVERIFY(linked.camera.complaint().isEmpty());
     }
 
     void linkGoesAwayWhenNobodyReadsTheOutput()
@@ -272,7 +207,7 @@ private slots:
         QVERIFY(reader.waitForFinished());
         QVERIFY(reader.readAllStandardOutput().contains("Link at " + QFile::encodeName(link) + '\n'));
 
-        Controller(link).send(driveUp);
+        PlainClient(link).sendHex(Up);
         QVERIFY(camera.waitForFinished());
         QCOMPARE(camera.exitStatus(), QProcess::NormalExit);
         QCOMPARE(camera.exitCode(), 0);
@@ -292,34 +227,36 @@ private slots:
 
     void hangsUpAndComesBackAtTheSameLinkAndPosition()
     {
-        LinkedCamera desk({"--hang-up-after", "2", "--come-back-after", "0.3"});
-        QTRY_COMPARE(desk.camera.lines().size(), 3);
+        LinkedCamera linked({"--hang-up-after", "2", "--come-back-after", "0.3"});
+        QTRY_COMPARE(linked.camera.lines().size(), 3);
         {
-            Controller controller(desk.link);
-            controller.send(QByteArray(driveUp) + "81 01 06 01 05 05 03 03 ff");
-            QTRY_COMPARE(controller.received(), QByteArray(ackAndCompletion) + ' ' + ackAndCompletion);
+            PlainClient controller(linked.link);
+            controller.sendHex(QByteArray(Up) + Stop);
+            QTRY_COMPARE(controller.receivedHex(), QByteArray(ackAndCompletion) + ' ' + ackAndCompletion);
             QVERIFY(!controller.isHungUp());
             QTRY_VERIFY(controller.isHungUp());
-            QVERIFY2(desk.entries().isEmpty(), "a pulled adapter has no device");
+            QVERIFY2(linked.entries().isEmpty(), "a pulled adapter has no device");
         }
-        const QString newPath = desk.camera.path(2);
-        QTRY_COMPARE(desk.camera.lines().mid(9), QStringList({"Hung up", "Camera at " + newPath,
-                                                              "Link at " + desk.link, networkChangeLine}));
-        QCOMPARE(QFileInfo(desk.link).symLinkTarget(), newPath);
-        Controller controller(desk.link);
-        controller.send("81 09 06 12 ff");
+        const QString newPath = linked.camera.path(2);
+        QTRY_COMPARE(
+            linked.camera.lines().mid(9),
+            QStringList({"Hung up", "Camera at " + newPath, "Link at " + linked.link, networkChangeLine}));
+        QCOMPARE(QFileInfo(linked.link).symLinkTarget(), newPath);
+        PlainClient controller(linked.link);
+        controller.sendHex(PositionInquiry);
         // Between drive and stop was one video frame, 17 ms: three steps up.
-        QTRY_COMPARE(controller.received(), QByteArray("90 50 00 00 00 00 00 00 00 03 ff"));
+        QTRY_COMPARE(controller.receivedHex(), QByteArray("90 50 00 00 00 00 00 00 00 03 ff"));
+        QTRY_VERIFY(linked.camera.lines().constLast().endsWith("  pan 0.0, tilt 0.2 degrees"));
     }
 
     void endsWhenItCannotComeBack()
     {
-        LinkedCamera desk({"--hang-up-after", "0.2", "--come-back-after", "2"});
-        QTRY_VERIFY(desk.camera.lines().contains("Hung up"));
-        QVERIFY(QDir(desk.folder.path()).mkdir("camera"));
-        QCOMPARE(desk.camera.exitStatus(), 1);
-        QCOMPARE(QString::fromLocal8Bit(desk.camera.process.readAllStandardError()),
-                 QString("vantrel-camera: %1 exists and is not a link\n").arg(desk.link));
+        LinkedCamera linked({"--hang-up-after", "0.2", "--come-back-after", "2"});
+        QTRY_VERIFY(linked.camera.lines().contains("Hung up"));
+        QVERIFY(QDir(linked.folder.path()).mkdir("camera"));
+        QCOMPARE(linked.camera.exitStatus(), 1);
+        QCOMPARE(linked.camera.complaint(),
+                 QString("vantrel-camera: %1 exists and is not a link\n").arg(linked.link));
     }
 
     void helpAndVersionArePrinted_data()
@@ -414,7 +351,7 @@ private slots:
         QFETCH(QString, complaint);
         CameraProgram camera(options);
         QCOMPARE(camera.exitStatus(), 2);
-        const QString told = QString::fromLocal8Bit(camera.process.readAllStandardError());
+        const QString told = camera.complaint();
         QVERIFY2(told.startsWith("vantrel-camera: " + complaint), qPrintable(told));
         QCOMPARE(told.count('\n'), 1);
         QVERIFY(camera.lines().isEmpty());

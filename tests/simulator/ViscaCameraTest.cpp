@@ -2,9 +2,11 @@
 // clock.
 
 #include "ViscaCamera.h"
-#include "support/CameraDesk.h"
+#include "support/Frames.h"
 
 #include <QtTest>
+
+#include <vector>
 
 using namespace std::chrono_literals;
 
@@ -12,22 +14,51 @@ namespace {
 
 using Event = ViscaCamera::Event;
 
-const char* const driveUp = "81 01 06 01 05 05 03 01 ff";
-const char* const driveStop = "81 01 06 01 05 05 03 03 ff";
-const char* const home = "81 01 06 04 ff";
-const char* const positionInquiry = "81 09 06 12 ff";
-
 QByteArray bytes(const QByteArray& hex)
 {
     return QByteArray::fromHex(hex);
 }
 
+// A camera with a clock that moves only during send().
+class TimedCamera
+{
+public:
+    // Sends a frame in hexadecimal and waits. Returns the replies with the milliseconds since it was sent,
+    // such as "25: 90 41 ff".
+    QStringList send(const QByteArray& hex, ViscaCamera::Time patience = 100ms)
+    {
+        const ViscaCamera::Time sent = now;
+        QStringList replies;
+        note(camera.receive(bytes(hex), now), sent, replies);
+        while (now < sent + patience)
+            note(camera.advance(++now), sent, replies);
+        return replies;
+    }
+
+    // What has arrived, in words.
+    QStringList heard;
+    ViscaCamera camera;
+
+private:
+    void note(const std::vector<Event>& events, ViscaCamera::Time sent, QStringList& replies)
+    {
+        for (const Event& event : events) {
+            if (event.kind == Event::Kind::Reply)
+                replies += QString("%1: %2").arg((now - sent).count()).arg(QString(event.bytes.toHex(' ')));
+            else
+                heard += event.words;
+        }
+    }
+
+    ViscaCamera::Time now{0};
+};
+
 // Where a camera is one second after it began to carry out the command, in which the code replaces "XX".
 ViscaCamera::Position aSecondAfter(QByteArray command, int code)
 {
-    CameraDesk desk;
-    desk.send(command.replace("XX", QByteArray(1, static_cast<char>(code)).toHex()), 1025ms);
-    return desk.camera.position();
+    TimedCamera timed;
+    timed.send(command.replace("XX", QByteArray(1, static_cast<char>(code)).toHex()), 1025ms);
+    return timed.camera.position();
 }
 
 } // namespace
@@ -68,20 +99,20 @@ private slots:
     {
         QFETCH(QByteArray, frame);
         QFETCH(QString, words);
-        CameraDesk desk;
-        desk.send(frame);
-        QCOMPARE(desk.heard, QStringList(words));
+        TimedCamera timed;
+        timed.send(frame);
+        QCOMPARE(timed.heard, QStringList(words));
     }
 
     void repliesComeInTheTimesOfRealCameras()
     {
-        CameraDesk desk;
+        TimedCamera timed;
         // One frame is taken per video frame; 17 ms at 12.5 degrees a second are three steps.
-        QCOMPARE(desk.send(QByteArray(driveUp) + driveStop + positionInquiry),
+        QCOMPARE(timed.send(QByteArray(Up) + Stop + PositionInquiry),
                  QStringList({"25: 90 41 ff", "36: 90 51 ff", "42: 90 41 ff", "53: 90 51 ff",
                               "59: 90 50 00 00 00 00 00 00 00 03 ff"}));
         // 19.2 degrees right at 16.7 a second.
-        QCOMPARE(desk.send("81 01 06 02 05 05 00 01 00 00 00 00 00 00 ff", 2s),
+        QCOMPARE(timed.send("81 01 06 02 05 05 00 01 00 00 00 00 00 00 ff", 2s),
                  QStringList({"25: 90 41 ff", "1177: 90 51 ff"}));
     }
 
@@ -95,22 +126,6 @@ private slots:
         for (int code = 0; code <= 7; ++code)
             QCOMPARE(aSecondAfter("81 01 04 07 XX ff", 0x20 + code).zoom, (code + 1) * 0x4000 / 4.5 / 4);
         QCOMPARE(aSecondAfter("81 01 04 07 02 ff", 0).zoom, 0x4000 / 4.5);
-    }
-
-    void presetsAreKeptByNumber()
-    {
-        CameraDesk desk;
-        for (const char* const store :
-             {"81 01 04 3f 01 00 ff", "81 01 04 3f 01 fe ff", "81 01 04 3f 01 05 ff"}) {
-            desk.send("81 01 06 01 01 01 02 03 ff");
-            desk.send(driveStop);
-            desk.send(store);
-        }
-        QCOMPARE(desk.camera.presets().keys(), QList<int>({0, 5, 254}));
-        QCOMPARE(desk.camera.presets().value(5).pan, desk.camera.position().pan);
-        QVERIFY(desk.camera.presets().value(0).pan < desk.camera.presets().value(254).pan);
-        desk.send("81 01 04 3f 00 05 ff");
-        QCOMPARE(desk.camera.presets().keys(), QList<int>({0, 254}));
     }
 
     void standbyRefusesEveryCommandButPower_data()
@@ -135,11 +150,11 @@ private slots:
     void standbyRefusesEveryCommandButPower()
     {
         QFETCH(QByteArray, frame);
-        CameraDesk desk;
+        TimedCamera timed;
         // Store preset 0 and set the focus to manual, so that only standby is a reason to refuse the frame.
-        desk.send("81 01 04 3f 01 00 ff 81 01 04 38 03 ff 81 01 04 00 03 ff");
-        QVERIFY(!desk.camera.isOn());
-        QCOMPARE(desk.send(frame), QStringList("25: 90 61 41 ff"));
+        timed.send("81 01 04 3f 01 00 ff 81 01 04 38 03 ff 81 01 04 00 03 ff");
+        QVERIFY(!timed.camera.isOn());
+        QCOMPARE(timed.send(frame), QStringList("25: 90 61 41 ff"));
     }
 
     // Finds the mistakes that are easily made in a new row.
@@ -161,18 +176,18 @@ private slots:
 
     void tooManyFramesAtOnceAreRefused()
     {
-        CameraDesk desk;
-        const QStringList replies = desk.send(QByteArray(positionInquiry).repeated(64) + driveUp, 5s);
+        TimedCamera timed;
+        const QStringList replies = timed.send(QByteArray(PositionInquiry).repeated(64) + Up, 5s);
         QCOMPARE(replies.size(), 65);
         QCOMPARE(replies.first(), QString("0: 90 60 03 ff"));
         QCOMPARE(replies.last(), QString("%1: 90 50 00 00 00 00 00 00 00 00 ff").arg(63 * 17 + 25));
-        QCOMPARE(desk.send(home).value(0), QString("25: 90 41 ff"));
+        QCOMPARE(timed.send(Home).value(0), QString("25: 90 41 ff"));
     }
 
     void aLateCallCatchesUpInOrder()
     {
         ViscaCamera camera;
-        camera.receive(bytes(QByteArray(driveUp) + driveStop), 0ms);
+        camera.receive(bytes(QByteArray(Up) + Stop), 0ms);
         QStringList replies;
         for (const Event& event : camera.advance(10s))
             replies += QString(event.bytes.toHex(' '));
@@ -192,7 +207,7 @@ private slots:
         QVERIFY2(!camera.nextDue(), "a drive has nothing more to reply");
 
         // 80 degrees and what the drive adds until Home acts, at 80 degrees per second.
-        camera.receive(bytes(home), 1125ms);
+        camera.receive(bytes(Home), 1125ms);
         camera.advance(1150ms);
         QVERIFY(camera.nextDue() == 1150ms + 1025ms);
     }
@@ -200,11 +215,11 @@ private slots:
     void theClockNeverRunsBackwards()
     {
         ViscaCamera camera;
-        camera.receive(bytes(driveUp), 1000ms);
+        camera.receive(bytes(Up), 1000ms);
         camera.advance(2025ms);
         QVERIFY(camera.advance(0ms).empty());
         QCOMPARE(camera.position().tilt, 12.5);
-        camera.receive(bytes(driveStop), 0ms);
+        camera.receive(bytes(Stop), 0ms);
         QVERIFY(camera.nextDue() == 2050ms);
     }
 };

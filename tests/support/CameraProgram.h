@@ -39,6 +39,9 @@ public:
         return marked;
     }
 
+    /** What it has printed to standard error since the last call. */
+    QString complaint() { return QString::fromLocal8Bit(process.readAllStandardError()); }
+
     /** The port of the camera's line; waits until the program has printed one `count` times. */
     QString path(int count = 1)
     {

@@ -16,6 +16,9 @@ constexpr char ZoomIn[] = "81 01 04 07 25 ff";
 constexpr char ZoomOut[] = "81 01 04 07 35 ff";
 constexpr char ZoomStop[] = "81 01 04 07 00 ff";
 
+// The program never asks this.
+constexpr char PositionInquiry[] = "81 09 06 12 ff";
+
 inline QByteArray setPreset(int number)
 {
     return QString("81 01 04 3f 01 %1 ff").arg(number, 2, 16, QChar('0')).toLatin1();
