@@ -398,8 +398,8 @@ private slots:
         QTRY_COMPARE(place.stored("runonstartup"), QString("true"));
         desktop().pressKeys({"Tab", "Down"});
         QTRY_COMPARE(place.stored("comport"), place.port);
-        desktop().pressKeys({"Tab", "Up"});
-        QTRY_COMPARE(place.stored("baudrate"), QString("4800"));
+        desktop().pressKeys({"Tab", "Down"});
+        QTRY_COMPARE(place.stored("baudrate"), QString("19200"));
         desktop().pressKeys({"Tab", "space"});
         QTRY_COMPARE(place.stored("isstartuppreset"), QString("true"));
         desktop().pressKeys({"Tab", "Down", "Down"});
