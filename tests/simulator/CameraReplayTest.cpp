@@ -59,7 +59,7 @@ public:
 private:
     QString write(const QByteArray& dialogue) const
     {
-        const QString file = folder.filePath("dialogue.txt");
+        QString file = folder.filePath("dialogue.txt");
         writeFile(file, dialogue);
         return file;
     }
