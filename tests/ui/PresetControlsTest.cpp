@@ -133,6 +133,23 @@ private slots:
         QCOMPARE(QSettings(desk.profile.settingsFile(), QSettings::IniFormat).allKeys().size(), 2);
     }
 
+    void returnInTheFieldsDoesNothing()
+    {
+        Desk desk;
+        auto* number = desk.find<QLineEdit>("presetEdit");
+        auto* name = desk.find<QLineEdit>("presetNameEdit");
+
+        QTest::keyClicks(number, "5\r");
+        QTest::keyClicks(name, "Desk\r");
+
+        QCOMPARE(number->text(), QString("5"));
+        QCOMPARE(name->text(), QString("Desk"));
+        QCOMPARE(desk.profile.log(), QStringList());
+        // The first frame is that of the button.
+        presetButton(desk, 1)->click();
+        QCOMPARE(desk.camera.nextFrame(), recallPreset(1));
+    }
+
     void setSendsAndLogsThenConfirmsThenNames()
     {
         Desk desk;
