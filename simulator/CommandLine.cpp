@@ -26,6 +26,7 @@ const char* const description =
     "  <- 81 01 06 04 FF  ...  bytes from the controller, and what they mean\n"
     "  -> 90 41 FF  ...        the camera's reply, and what it means\n"
     "  >> 90                   bytes of a reply, sent late (--late) or one by one (--split)\n"
+    "  Reply lost, ...         the line is full, because the controller does not read the replies\n"
     "  Hung up                 the camera has hung up the line (--hang-up-after)\n"
     "  Window closed           the window of --view was closed, so the program ends\n"
     "\n"
