@@ -111,7 +111,7 @@ def every_button_reaches_the_camera(desk):
         controller.release()
         expect_frames(adapter, up)
     for preset in range(1, 10):
-        controller.click(f"Preset{preset}")
+        controller.click(f"Preset {preset}")
         expect_frames(adapter, RECALL.format(preset))
     controller.type("42", "Preset Number Input")
     controller.click("CALL")
